@@ -1,0 +1,11 @@
+# platform_sources(<target> <name>...)
+# Adds <name>_win.cpp or <name>_posix.cpp, the sibling files behind one platform interface.
+function(platform_sources target)
+  set(suffix posix)
+  if(WIN32)
+    set(suffix win)
+  endif()
+  foreach(name IN LISTS ARGN)
+    target_sources(${target} PRIVATE ${name}_${suffix}.cpp)
+  endforeach()
+endfunction()

@@ -1,0 +1,27 @@
+# vorlyn_add_test(<name> [DISPLAY] [NETWORK] SOURCES ... LIBRARIES ... [TIMEOUT seconds] [ENVIRONMENT ...])
+# One test program in a folder of its own, as the program's settings, log and language lie beside
+# the program file. DISPLAY: runs on a screen of its own with a window manager.
+# NETWORK: runs in a private network with a second namespace for cameras (tests/support/run-test.sh).
+function(vorlyn_add_test name)
+  cmake_parse_arguments(T "DISPLAY;NETWORK" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
+  add_executable(${name} ${T_SOURCES})
+  set_target_properties(${name} PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${name})
+  target_link_libraries(${name} PRIVATE project_options Qt5::Test ${T_LIBRARIES})
+
+  set(options)
+  foreach(need DISPLAY NETWORK)
+    if(T_${need})
+      string(TOLOWER --${need} option)
+      list(APPEND options ${option})
+    endif()
+  endforeach()
+  add_test(NAME ${name}
+    COMMAND ${CMAKE_SOURCE_DIR}/tests/support/run-test.sh ${options} -- $<TARGET_FILE:${name}>)
+  if(NOT T_TIMEOUT)
+    set(T_TIMEOUT 120)
+  endif()
+  set_tests_properties(${name} PROPERTIES
+    TIMEOUT ${T_TIMEOUT}
+    ENVIRONMENT "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/lsan.supp:print_suppressions=0;UBSAN_OPTIONS=print_stacktrace=1;${T_ENVIRONMENT}")
+endfunction()
