@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QHostAddress>
+#include <QString>
+
+// What a fleet is made of. docs/fleet.md tells each as an option of the program.
+struct FleetOptions {
+    QString interface;
+    int count = 1;
+    QHostAddress firstAddress; // null: the interface's own plus 10
+    quint64 firstMac = 0x02564C000001;
+    bool ownAddresses = true;
+    int httpPort = 80; // 0: no web servers
+    double spreadSeconds = 0;
+    bool randomSpread = false;
+    double restartSeconds = 3;
+    QHostAddress poolFirst; // null: no DHCP pool
+    QHostAddress poolLast;
+    QString scenario; // path, empty for none
+    QString journal; // path, "-" for standard output, empty for none
+    bool sha256 = false;
+    quint32 seed = 1;
+};

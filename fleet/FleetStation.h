@@ -1,0 +1,63 @@
+#pragma once
+
+#include "FleetCamera.h"
+#include "FleetFrame.h"
+#include "FleetHttp.h"
+
+#include <functional>
+
+class FleetJournal;
+class FleetNetwork;
+struct FleetOptions;
+
+// One camera on the network: gives the record its address, its web server and its time. While the
+// camera restarts nothing gets in or out.
+class FleetStation : public QObject, private FleetSurroundings, private FleetHttpSite {
+    Q_OBJECT
+
+public:
+    FleetStation(const FleetCamera &camera, const FleetOptions &options, FleetNetwork &network,
+        FleetJournal &journal, QObject *parent = nullptr);
+
+    const FleetCamera &camera() const { return record; }
+    QHostAddress address() const { return home; } // where it is, whatever it reports
+    // Opens the web server. False with one line of text.
+    bool open(QString *error);
+    // A good request to this camera, from "10.77.0.1:40123".
+    void receive(const FleetFrame::Request &request, const QString &source, int extraDelayMs);
+
+private:
+    bool claim(const QHostAddress &ip, int prefixLength) override;
+    QHostAddress lease() override;
+
+    void begin(FleetExchange &exchange) override;
+    void finish(FleetExchange &exchange) override;
+    void answered(const FleetExchange &exchange) override;
+
+    FleetCamera::Outcome obey(const QJsonObject &request, const FleetRulePointer &rule);
+    void send(const FleetReply &reply);
+    void restart(const char *why, const std::function<void()> &change);
+    void settle();
+    bool moveTo(const QHostAddress &ip);
+    void release(const QHostAddress &ip);
+    bool listen(QString *error);
+    quint16 httpPort() const;
+
+    void answerUpload(FleetExchange &exchange) const;
+    void answerPage(FleetExchange &exchange) const;
+    QByteArray page() const;
+
+    QJsonObject identity() const;
+    void addUpload(QJsonObject &entry, const FleetExchange &exchange) const;
+    void report(const char *event, const QJsonObject &more);
+    void trouble(const QString &reason);
+
+    FleetCamera record;
+    const FleetOptions &options;
+    FleetNetwork &network;
+    FleetJournal &journal;
+    FleetHttpServer http;
+    QHostAddress home;
+    QHostAddress claimed; // taken for a move that is still to come, else null
+    bool up;
+};

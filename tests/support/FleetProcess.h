@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QProcess>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QVector>
+
+// The program vorlyn-fleet, running in the cameras' network namespace of tests/support/run-test.sh
+// (docs/fleet.md tells its options, scenarios and journal).
+// Thread: one. The destructor ends it as a user would, by a signal.
+class FleetProcess
+{
+public:
+    // Cameras on an interface of the cameras' side, "cam-a" or "cam-b".
+    FleetProcess(const QString &interface, int count, const QString &firstAddress);
+    ~FleetProcess();
+
+    void addOptions(const QStringList &options);
+    void setScenario(const QJsonObject &scenario);
+
+    // True when all cameras listen.
+    bool start();
+    // True when it ended by itself within its time, and with status 0.
+    bool stop();
+
+    // The journal so far: all entries of an event, in order.
+    QVector<QJsonObject> events(const QString &event) const;
+    // The messages of one method as they came over the wire, in order.
+    QVector<QJsonObject> requests(const QString &method) const;
+    QByteArray errors() { return process.readAllStandardError(); }
+
+private:
+    QTemporaryDir folder;
+    QStringList options;
+    QProcess process;
+};
