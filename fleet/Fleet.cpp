@@ -27,10 +27,12 @@ QString numbered(const char *prefix, int number)
 
 }
 
-Fleet::Fleet(const FleetOptions &options, QObject *parent)
-    : QObject(parent), options(options), log(this), random(options.seed)
-{
-}
+Fleet::Fleet(const FleetOptions &options, QObject *parent) :
+    QObject(parent),
+    options(options),
+    log(this),
+    random(options.seed)
+{ }
 
 Fleet::~Fleet()
 {
@@ -53,8 +55,6 @@ FleetCamera Fleet::makeCamera(int index, const QHostAddress &ip) const
     const quint32 mask = prefix ? 0xffffffffu << (32 - prefix) : 0;
     const QString gateway = QHostAddress((ip.toIPv4Address() & mask) + 1).toString();
     const QString mac = macText(options.firstMac + quint64(index));
-    const int port =
-        options.ownAddresses || options.httpPort == 0 ? options.httpPort : options.httpPort + index;
     FleetCamera camera;
     camera.position = index + 1;
     camera.fields = {{QStringLiteral("mac"), mac},
@@ -65,7 +65,7 @@ FleetCamera Fleet::makeCamera(int index, const QHostAddress &ip) const
         {QStringLiteral("IpMode"), QStringLiteral("dhcp")},
         {QStringLiteral("name"), numbered("Camera-", index + 1)},
         {QStringLiteral("p2pid"), numbered("P2P", index + 1)},
-        {QStringLiteral("httpport"), QString::number(port)},
+        {QStringLiteral("httpport"), QString::number(options.httpPortOf(index))},
         {QStringLiteral("appVersion"), QStringLiteral("1.0.0.20240101")},
         {QStringLiteral("HdCuFun"), QStringLiteral("PAC,WIFI")}, {QStringLiteral("ptz"), QString()},
         {QStringLiteral("ircut"), QStringLiteral("auto")},

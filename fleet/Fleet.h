@@ -14,7 +14,8 @@ class FleetStation;
 
 // Cameras on one interface. Lives in one thread with an event loop, also one to which it was moved
 // before start(); adding and removing addresses blocks that thread for moments.
-class Fleet : public QObject {
+class Fleet : public QObject
+{
     Q_OBJECT
 
 public:

@@ -217,14 +217,13 @@ QString streamOf(const QString &ip)
 
 }
 
-FleetCamera::FleetCamera()
-    : sd{{QStringLiteral("totalsize"), 30436}, {QStringLiteral("freesize"), 28112}},
-      wifi{QJsonObject{{QStringLiteral("wifiname"), QStringLiteral("Nursery")},
-               {QStringLiteral("Signal"), 82}},
-          QJsonObject{{QStringLiteral("wifiname"), QStringLiteral("Neighbour 2.4G")},
-              {QStringLiteral("Signal"), 41}}}
-{
-}
+FleetCamera::FleetCamera() :
+    sd{{QStringLiteral("totalsize"), 30436}, {QStringLiteral("freesize"), 28112}},
+    wifi{QJsonObject{{QStringLiteral("wifiname"), QStringLiteral("Nursery")},
+             {QStringLiteral("Signal"), 82}},
+        QJsonObject{{QStringLiteral("wifiname"), QStringLiteral("Neighbour 2.4G")},
+            {QStringLiteral("Signal"), 41}}}
+{ }
 
 QStringList FleetCamera::methods()
 {

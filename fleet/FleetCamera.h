@@ -8,7 +8,8 @@
 #include <QStringList>
 
 // What a camera asks of the network in which it stands.
-class FleetSurroundings {
+class FleetSurroundings
+{
 public:
     virtual ~FleetSurroundings() = default;
 

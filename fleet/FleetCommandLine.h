@@ -9,7 +9,7 @@ namespace FleetCommandLine {
 
 enum Reading { Good, Help, Version, Wrong };
 
-// `text` is the help or the version to print, or one line that says what is wrong.
+// `text` is the help to print, or one line that says what is wrong.
 Reading read(const QStringList &arguments, FleetOptions &options, QString *text);
 
 }

@@ -8,14 +8,16 @@ constexpr int largestPartHead = 16384;
 
 }
 
-FleetFormReader::FleetFormReader(const QByteArray &boundary, bool withDigest)
-    : delimiter("\r\n--" + boundary), matcher(delimiter),
-      hash(withDigest ? new QCryptographicHash(QCryptographicHash::Sha256) : nullptr),
-      state(boundary.isEmpty() ? Broken : Preamble),
-      buffer("\r\n"), // the first boundary may stand at the very start
-      foundFile(false), inFile(false), bytes(0)
-{
-}
+FleetFormReader::FleetFormReader(const QByteArray &boundary, bool withDigest) :
+    delimiter("\r\n--" + boundary),
+    matcher(delimiter),
+    hash(withDigest ? new QCryptographicHash(QCryptographicHash::Sha256) : nullptr),
+    state(boundary.isEmpty() ? Broken : Preamble),
+    buffer("\r\n"), // the first boundary may stand at the very start
+    foundFile(false),
+    inFile(false),
+    bytes(0)
+{ }
 
 QByteArray FleetFormReader::boundaryOf(const QByteArray &contentType)
 {

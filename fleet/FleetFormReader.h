@@ -8,7 +8,8 @@
 
 // Reads a multipart/form-data body as it comes, in pieces of any size, and keeps nothing of it: of
 // the first part with a file name it counts the bytes and, if asked, makes the SHA-256.
-class FleetFormReader {
+class FleetFormReader
+{
 public:
     FleetFormReader(const QByteArray &boundary, bool withDigest);
 

@@ -11,7 +11,8 @@ constexpr int largestHead = 65536;
 constexpr qint64 pieceBytes = 262144;
 
 // Lives from the connection's start to its end.
-class Connection : public QObject {
+class Connection : public QObject
+{
 public:
     Connection(QTcpSocket *socket, FleetHttpSite &site, bool withDigest, QObject *parent);
 
@@ -34,8 +35,12 @@ private:
     FleetExchange exchange;
 };
 
-Connection::Connection(QTcpSocket *socket, FleetHttpSite &site, bool withDigest, QObject *parent)
-    : QObject(parent), socket(socket), site(site), withDigest(withDigest), state(Head)
+Connection::Connection(QTcpSocket *socket, FleetHttpSite &site, bool withDigest, QObject *parent) :
+    QObject(parent),
+    socket(socket),
+    site(site),
+    withDigest(withDigest),
+    state(Head)
 {
     socket->setParent(this);
     socket->setReadBufferSize(4 * pieceBytes);
@@ -57,7 +62,7 @@ bool Connection::readHead()
     unread += socket->read(largestHead);
     const int end = unread.indexOf("\r\n\r\n");
     if (end < 0) {
-        if (unread.size() > largestHead)
+        if (unread.size() >= largestHead)
             socket->abort();
         return false;
     }
@@ -157,8 +162,10 @@ void Connection::end()
 
 }
 
-FleetHttpServer::FleetHttpServer(FleetHttpSite &site, bool withDigest, QObject *parent)
-    : QTcpServer(parent), site(site), withDigest(withDigest)
+FleetHttpServer::FleetHttpServer(FleetHttpSite &site, bool withDigest, QObject *parent) :
+    QTcpServer(parent),
+    site(site),
+    withDigest(withDigest)
 {
     connect(this, &QTcpServer::newConnection, this, [this] {
         while (QTcpSocket *socket = nextPendingConnection())

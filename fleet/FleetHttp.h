@@ -28,7 +28,8 @@ struct FleetExchange {
 };
 
 // Who is behind a camera's web server. Each exchange begins and finishes once.
-class FleetHttpSite {
+class FleetHttpSite
+{
 public:
     virtual ~FleetHttpSite() = default;
 
@@ -42,7 +43,8 @@ public:
 
 // A small HTTP/1.1 server, one request a connection. Bodies of forms are read as a stream, others
 // are counted.
-class FleetHttpServer : public QTcpServer {
+class FleetHttpServer : public QTcpServer
+{
 public:
     FleetHttpServer(FleetHttpSite &site, bool withDigest, QObject *parent = nullptr);
 

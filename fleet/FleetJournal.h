@@ -6,7 +6,8 @@
 
 // What happened to the fleet: one JSON line an entry, flushed, to a file or standard output, and a
 // signal for tests in the same process. On the fleet's thread.
-class FleetJournal : public QObject {
+class FleetJournal : public QObject
+{
     Q_OBJECT
 
 public:

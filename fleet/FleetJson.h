@@ -5,8 +5,7 @@
 
 // JSON objects that are checked and read by tables: one row a key, in the order of effect.
 // A wrong key or value is an error that names its place.
-template <typename Target>
-struct FleetJsonKey {
+template <typename Target> struct FleetJsonKey {
     const char *name;
     const char *expects; // completes "must be ..."
     bool (*accepts)(const QJsonValue &value);
@@ -15,8 +14,7 @@ struct FleetJsonKey {
 
 namespace FleetJson {
 
-template <qint64 First, qint64 Last>
-bool isWhole(const QJsonValue &value)
+template <qint64 First, qint64 Last> bool isWhole(const QJsonValue &value)
 {
     const double number = value.toDouble();
     return value.isDouble() && number >= First && number <= Last && number == qint64(number);

@@ -16,8 +16,7 @@ const QHostAddress &groupAddress()
 }
 
 FleetNetwork::FleetNetwork(const FleetOptions &options) : options(options), host(options.interface)
-{
-}
+{ }
 
 FleetNetwork::~FleetNetwork()
 {

@@ -9,7 +9,8 @@
 #include <QUdpSocket>
 
 // The interface under the cameras: whose address is whose, and the datagrams in and out.
-class FleetNetwork {
+class FleetNetwork
+{
 public:
     explicit FleetNetwork(const FleetOptions &options);
     ~FleetNetwork();

@@ -20,4 +20,10 @@ struct FleetOptions {
     QString journal; // path, "-" for standard output, empty for none
     bool sha256 = false;
     quint32 seed = 1;
+
+    // Port of one camera's web server; cameras count from 0.
+    int httpPortOf(int camera) const
+    {
+        return ownAddresses || httpPort == 0 ? httpPort : httpPort + camera;
+    }
 };

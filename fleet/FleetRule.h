@@ -26,7 +26,8 @@ struct FleetRule {
 using FleetRulePointer = QSharedPointer<FleetRule>;
 
 // The rules of one camera with what is left of them.
-class FleetRules {
+class FleetRules
+{
 public:
     void append(const FleetRulePointer &rule) { uses.append({rule, 0}); }
     bool isEmpty() const { return uses.isEmpty(); }

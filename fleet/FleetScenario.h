@@ -6,7 +6,8 @@
 
 // What is special about the cameras of a fleet: a JSON file of entries, each about one camera or
 // all of them. docs/fleet.md has its keys.
-class FleetScenario {
+class FleetScenario
+{
 public:
     // One entry of "cameras", checked.
     struct Entry {

@@ -45,11 +45,16 @@ void setAnswer(
 }
 
 FleetStation::FleetStation(const FleetCamera &camera, const FleetOptions &options,
-    FleetNetwork &network, FleetJournal &journal, QObject *parent)
-    : QObject(parent), record(camera), options(options), network(network), journal(journal),
-      http(*this, options.sha256), home(camera.ip()), up(false)
-{
-}
+    FleetNetwork &network, FleetJournal &journal, QObject *parent) :
+    QObject(parent),
+    record(camera),
+    options(options),
+    network(network),
+    journal(journal),
+    http(*this, options.sha256),
+    home(camera.ip()),
+    up(false)
+{ }
 
 bool FleetStation::open(QString *error)
 {
@@ -60,7 +65,7 @@ bool FleetStation::open(QString *error)
 quint16 FleetStation::httpPort() const
 {
     const ushort told = record.field("httpport").toUShort();
-    return told ? told : quint16(options.httpPort);
+    return told ? told : quint16(options.httpPortOf(record.position - 1));
 }
 
 bool FleetStation::listen(QString *error)

@@ -12,7 +12,8 @@ struct FleetOptions;
 
 // One camera on the network: gives the record its address, its web server and its time. While the
 // camera restarts nothing gets in or out.
-class FleetStation : public QObject, private FleetSurroundings, private FleetHttpSite {
+class FleetStation : public QObject, private FleetSurroundings, private FleetHttpSite
+{
     Q_OBJECT
 
 public:

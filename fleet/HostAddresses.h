@@ -12,7 +12,8 @@ struct HostAddress {
 // The IPv4 addresses of one interface of this computer. It remembers what it added and removes
 // only that, at the latest when it is destroyed.
 // Operations block while the system changes; on failure they return false with one line of text.
-class HostAddresses {
+class HostAddresses
+{
 public:
     explicit HostAddresses(const QString &interface);
     ~HostAddresses();

@@ -4,7 +4,8 @@
 
 // Turns the system's requests to end the program into a signal on the event loop. One a process,
 // made before anything that has to be cleaned up.
-class StopSignals : public QObject {
+class StopSignals : public QObject
+{
     Q_OBJECT
 
 public:

@@ -21,8 +21,7 @@ static sockaddr_in endpoint(const char *address, unsigned short port)
     return result;
 }
 
-template <typename Value>
-static int setOption(int socket, int option, const Value &value)
+template <typename Value> static int setOption(int socket, int option, const Value &value)
 {
     return setsockopt(socket, IPPROTO_IP, option, &value, sizeof value);
 }

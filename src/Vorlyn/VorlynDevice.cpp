@@ -6,10 +6,12 @@
 
 VorlynDevice::VorlynDevice(QObject *parent) : QObject(parent), checked(false), index(-1) { }
 
-VorlynDevice::VorlynDevice(const VorlynDevice &other)
-    : QObject(), checked(other.checked), index(other.index), values(other.values)
-{
-}
+VorlynDevice::VorlynDevice(const VorlynDevice &other) :
+    QObject(),
+    checked(other.checked),
+    index(other.index),
+    values(other.values)
+{ }
 
 VorlynDevice &VorlynDevice::operator=(const VorlynDevice &other)
 {

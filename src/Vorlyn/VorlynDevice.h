@@ -9,7 +9,8 @@ class QJsonObject;
 
 // One camera, as a value: the JSON strings of its search reply and its place in the table.
 // Copied freely in spite of its base; a copy has no parent. Not locked.
-class VorlynDevice : public QObject {
+class VorlynDevice : public QObject
+{
 public:
     explicit VorlynDevice(QObject *parent = nullptr);
     VorlynDevice(const VorlynDevice &other);
@@ -22,6 +23,7 @@ public:
     int intValue(const QString &key) const; // decimal; 0 for anything that is no number
     void setValue(const QString &key, const QString &value);
 
+    // Setters store any text as it is.
     QString mac() const;
     void setMac(const QString &mac);
     QString srcid() const;

@@ -11,7 +11,8 @@ QByteArray buildFrame(const QByteArray &json);
 // lands at the start of the message buffer. The count of bytes begins anew only after a message,
 // so a datagram whose length field disagrees spoils those that follow until the sum agrees.
 // Thread: one. Never reads or writes outside its buffers, whatever a length field says.
-class VorlynFrameReader {
+class VorlynFrameReader
+{
 public:
     VorlynFrameReader();
 

@@ -64,8 +64,7 @@ bool isAvailable(const QNetworkInterface &interface)
         && std::any_of(entries.begin(), entries.end(), isIPv4);
 }
 
-template <typename Thread>
-Thread *startThread(VorlynSDK *owner, const char *name)
+template <typename Thread> Thread *startThread(VorlynSDK *owner, const char *name)
 {
     auto *thread = new Thread(owner);
     thread->setName(name);
@@ -73,8 +72,7 @@ Thread *startThread(VorlynSDK *owner, const char *name)
     return thread;
 }
 
-template <typename Thread>
-void endThread(Thread *&thread)
+template <typename Thread> void endThread(Thread *&thread)
 {
     if (!thread)
         return;
@@ -97,11 +95,16 @@ bool isPast(double deadline, double now)
 
 }
 
-VorlynSDK::VorlynSDK()
-    : nextId(0), waiting(false), started(false), http(nullptr), sendLocker(new ZRThreadLocker),
-      recvLocker(new ZRThreadLocker), sendThread(nullptr), recvThread(nullptr)
-{
-}
+VorlynSDK::VorlynSDK() :
+    nextId(0),
+    waiting(false),
+    started(false),
+    http(nullptr),
+    sendLocker(new ZRThreadLocker),
+    recvLocker(new ZRThreadLocker),
+    sendThread(nullptr),
+    recvThread(nullptr)
+{ }
 
 VorlynSDK::~VorlynSDK()
 {
@@ -225,7 +228,7 @@ QJsonObject *VorlynSDK::waitResponse(quint32 id, double seconds)
     double now = ZRThread::currentSeconds();
     const double deadline = deadlineOf(now, seconds);
     waiting = true;
-    while (!isPast(deadline, now)) {
+    while (!isPast(deadline, now)) { // without a sleep, for as long as a wait lasts
         QScopedPointer<QJsonObject> reply(takeFirst(recvLocker, recvQueue));
         if (reply && quint32(idOf(*reply)) == id)
             return reply.take();

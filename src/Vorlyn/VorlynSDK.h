@@ -19,7 +19,8 @@ class ZRThreadLocker;
 // own; the modal dialogs keep this rule. Commands with a wait block for as long as 3 s, a Wi-Fi
 // scan for 10 s.
 // Results: 0 is success; -1 a refusal, a timeout or a cancelled wait.
-class VorlynSDK {
+class VorlynSDK
+{
 public:
     static void createInstance();
     // Null before createInstance() and after destroyInstance().
@@ -29,12 +30,14 @@ public:
     // Ethernet and Wi-Fi interfaces that are up and have an IPv4 address.
     static QList<QNetworkInterface> availableInterfaces();
     // Finds the saved interface and address, or else the best there is. False when it had to fall
-    // back on something that was not asked for.
+    // back on something that was not asked for; from an empty list both stay as they were.
     static bool selectInterface(const QList<QNetworkInterface> &interfaces, const QString &name,
         const QString &ip, QNetworkInterface &interface, QNetworkAddressEntry &address);
 
-    // Returns at once; the threads open their sockets and go on trying once a second.
+    // Returns at once; the threads open their sockets and go on trying once a second. Not while
+    // the network runs: stopNetwork() first.
     void startNetwork(const QNetworkInterface &interface, const QNetworkAddressEntry &address);
+    // What is queued stays: requests go out by the next start.
     void stopNetwork();
     void currentNetwork(QNetworkInterface &interface, QNetworkAddressEntry &address) const;
     // MAC of the chosen interface without colons: "srcid" of requests, "destid" of replies.
@@ -63,7 +66,8 @@ public:
     int setDevicePTZ(const QVector<VorlynDevice> &devices, const QString &command);
     // Factory state, network settings included.
     int resetDevices(const QVector<VorlynDevice> &devices);
-    // Sizes in megabytes, untouched without a reply. -1 also when the total is below 1.
+    // Sizes in megabytes, untouched without a reply. -1 when the total is below 1, whatever the
+    // camera calls the result.
     int getDeviceSD(const VorlynDevice &device, int &total, int &free);
     // Appends the networks, whatever the result.
     int getDeviceWiFiList(const VorlynDevice &device, QVector<VorlynDeviceWiFiInfo> &networks);
@@ -102,8 +106,8 @@ private:
         const QString &value = QString());
     int waitResult(quint32 id);
 
-    // Ids count from 0 with each startNetwork(). Plain, as is `waiting`: one blocking command at
-    // a time is the rule that guards them.
+    // Ids count from 0 with each startNetwork(), so a reply still queued from before can match.
+    // Plain, as is `waiting`: one blocking command at a time is the rule that guards them.
     quint32 nextId;
     bool waiting; // true from the start of a wait until cancelWait()
     bool started;

@@ -9,10 +9,12 @@ class QJsonObject;
 class VorlynSDK;
 
 // The two workers of VorlynSDK, which owns them. Each opens its own socket on the chosen address
-// and opens it anew, once a second, for as long as that fails.
+// and opens it anew, once a second, for as long as that fails; nobody is told but the log.
+// Thread: stop() comes from the owner's and reads the plain `socket` that the worker sets.
 
 // Takes requests from the send queue and sends each once.
-class VorlynSDKSendThread : public ZRThread {
+class VorlynSDKSendThread : public ZRThread
+{
 public:
     explicit VorlynSDKSendThread(VorlynSDK *sdk);
     ~VorlynSDKSendThread() override;
@@ -31,7 +33,8 @@ private:
 };
 
 // Puts the replies that are meant for this workstation on the reply queue.
-class VorlynSDKRecvThread : public ZRThread {
+class VorlynSDKRecvThread : public ZRThread
+{
 public:
     explicit VorlynSDKRecvThread(VorlynSDK *sdk);
     ~VorlynSDKRecvThread() override;

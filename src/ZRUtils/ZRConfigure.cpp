@@ -133,7 +133,7 @@ int ZRConfigure::searchSeconds() const
     return intOf(searchSecondsKey, defaultSearchSeconds);
 }
 
-// A null value is an empty text here, and no number in the two below.
+// A null value converts to an empty text here, and to no number below.
 QString ZRConfigure::stringOf(const QString &key) const
 {
     return settings->value(key).toString();

@@ -3,7 +3,6 @@
 #include <QObject>
 
 class QSettings;
-class QVariant;
 
 // The door to the settings file "configure/configure.ini" beside the program. Made on the stack
 // for one read or write and never kept. Each object has its own QSettings, so any thread may
@@ -33,7 +32,8 @@ public:
         double &paddingTop, double &paddingRight, double &paddingBottom, double &padding) const;
     void saveLabelSettings(double width, double height, int column, double paddingLeft,
         double paddingTop, double paddingRight, double paddingBottom, double padding);
-    // Length of a device search; no setter, only an edit of the file changes it.
+    // Length of a device search; one not above 0 has no end. No setter: only an edit of the file
+    // changes it.
     int searchSeconds() const;
 
 private:

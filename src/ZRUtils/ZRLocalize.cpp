@@ -86,8 +86,8 @@ bool ZRLocalize::loadLanguage(const QString &fileName)
 bool ZRLocalize::switchLanguage(const QString &fileName)
 {
     const bool loaded = loadLanguage(fileName);
-    // A copy is walked, so hooks may make and destroy objects; one that is destroyed meanwhile is
-    // still called, which nobody does.
+    // A copy is walked: an object that a hook makes is not told, and one that a hook destroys is
+    // still called, so no hook destroys any.
     const QList<ZRLocalize *> told = objects;
     for (ZRLocalize *object : told)
         object->onLanguageChanged();

@@ -1,6 +1,8 @@
 #include "ZRThread.h"
 
 #include <QDateTime>
+#include <QMutex>
+#include <QString>
 #include <QThread>
 
 #include <climits>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QMutex>
-#include <QString>
+#include <QtGlobal>
 
+class QMutex;
 class ZRThreadPrivate;
 
 // A worker thread as a small object with one job: no meta-object, a virtual run() and a
@@ -40,7 +40,7 @@ private:
     bool stopped;
 };
 
-// A non-recursive mutex: locking it twice on one thread deadlocks.
+// A non-recursive mutex, for any thread: locking it twice on one thread deadlocks.
 class ZRThreadLocker {
 public:
     ZRThreadLocker();

@@ -1,10 +1,10 @@
 #include "CameraPeer.h"
 
+#include "TestNetwork.h"
 #include "VorlynProtocol.h"
 
 #include <QFile>
 #include <QJsonDocument>
-#include <QtEndian>
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -27,8 +27,7 @@ sockaddr_in endpoint(const char *address, unsigned short port)
     return result;
 }
 
-template <typename Value>
-bool setOption(int socket, int level, int option, const Value &value)
+template <typename Value> bool setOption(int socket, int level, int option, const Value &value)
 {
     return setsockopt(socket, level, option, &value, sizeof value) == 0;
 }
@@ -121,17 +120,10 @@ bool CameraPeer::send(const QByteArray &datagram)
 
 bool CameraPeer::reply(const QByteArray &json)
 {
-    return send(frame(json));
+    return send(TestNetwork::frame(json));
 }
 
 bool CameraPeer::reply(const QJsonObject &object)
 {
     return reply(QJsonDocument(object).toJson(QJsonDocument::Compact));
-}
-
-QByteArray CameraPeer::frame(const QByteArray &json)
-{
-    QByteArray header(8, '\0');
-    qToBigEndian(quint32(8 + json.size()), header.data());
-    return header + json;
 }

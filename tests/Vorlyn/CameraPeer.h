@@ -5,7 +5,8 @@
 
 // The other end of the protocol with plain sockets and raw bytes: one camera that joined the group
 // on its address. Opened in the cameras' network or, as the tests of one machine need it, in ours.
-class CameraPeer {
+class CameraPeer
+{
 public:
     enum Side { Cameras, Workstation };
     static constexpr int noTimeLost = 300; // milliseconds, to see that nothing comes
@@ -26,8 +27,6 @@ public:
     bool send(const QByteArray &datagram);
     bool reply(const QByteArray &json);
     bool reply(const QJsonObject &object);
-
-    static QByteArray frame(const QByteArray &json);
 
 private:
     int requests;

@@ -17,7 +17,8 @@ using namespace VorlynProtocol;
 
 static constexpr char local[] = "10.77.0.1";
 
-class tst_MulticastSocket : public QObject {
+class tst_MulticastSocket : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -37,8 +38,7 @@ private:
     int sender;
 };
 
-template <typename Value>
-static Value option(int socket, int level, int name)
+template <typename Value> static Value option(int socket, int level, int name)
 {
     Value value = {};
     socklen_t size = sizeof value;

@@ -6,11 +6,13 @@
 
 #include <algorithm>
 
-class tst_VorlynDevice : public QObject {
+class tst_VorlynDevice : public QObject
+{
     Q_OBJECT
 
 private slots:
     void freshRecord();
+    void hasNoMetaObject();
     void copiesAreValues();
     void accessors_data();
     void accessors();
@@ -47,6 +49,11 @@ void tst_VorlynDevice::freshRecord()
     QVERIFY(!device.isValid());
     QCOMPARE(device.value("any"), QString());
     QCOMPARE(device.intValue("any"), 0);
+}
+
+void tst_VorlynDevice::hasNoMetaObject()
+{
+    QCOMPARE(VorlynDevice().metaObject(), &QObject::staticMetaObject);
 }
 
 void tst_VorlynDevice::copiesAreValues()

@@ -1,5 +1,6 @@
 #include "VorlynFrame.h"
 
+#include "JunkDatagrams.h"
 #include "VorlynJson.h"
 
 #include <QJsonDocument>
@@ -8,11 +9,11 @@
 
 #include <cstring>
 #include <memory>
-#include <random>
 
 using namespace VorlynProtocol;
 
-class tst_VorlynFrame : public QObject {
+class tst_VorlynFrame : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -171,34 +172,16 @@ void tst_VorlynFrame::messageIsFollowedByZero()
 
 void tst_VorlynFrame::survivesAnything()
 {
-    // Reader and buffer end at the ends of heap blocks, so that a sanitizer sees a byte too many.
-    std::mt19937 random(20240517);
-    const auto below = [&random](int limit) { return int(random() % unsigned(limit)); };
-    const QByteArray whole =
-        buildFrame(R"({"destid":"0200000000AA","id":"12","mac":"AA","result":"success",)"
-                   R"("WifiList":[{"wifiname":"n","Signal":5}],"totalsize":"1024"})");
+    // The reader is on the heap, where a sanitizer sees a byte too many.
+    JunkDatagrams junk(20240517);
     const auto reader = std::make_unique<VorlynFrameReader>();
 
     int complete = 0;
     int objects = 0;
     for (int i = 0; i < 100000; ++i) {
-        QByteArray bytes;
-        if (i % 2) {
-            bytes = whole;
-            for (int changes = below(4); changes > 0; --changes)
-                bytes[below(bytes.size())] = char(random());
-            if (below(4) == 0)
-                bytes.truncate(below(bytes.size() + 1));
-        } else {
-            bytes.resize(below(8) ? below(64) : below(maxDatagram + 1));
-            for (char &byte : bytes)
-                byte = char(random());
-            // Lengths that agree, at times, so that the message is looked at.
-            if (bytes.size() >= lengthSize && below(2))
-                qToBigEndian(quint32(bytes.size()), bytes.data());
-        }
-        if (below(64) == 0)
+        if (junk.below(64) == 0)
             reader->reset();
+        const QByteArray bytes = junk.next();
         if (!feed(*reader, bytes))
             continue;
         ++complete;

@@ -3,7 +3,8 @@
 #include <QJsonArray>
 #include <QtTest>
 
-class tst_VorlynJson : public QObject {
+class tst_VorlynJson : public QObject
+{
     Q_OBJECT
 
 private slots:

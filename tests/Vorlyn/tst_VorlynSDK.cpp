@@ -9,7 +9,8 @@
 #include <algorithm>
 #include <memory>
 
-class tst_VorlynSDK : public QObject {
+class tst_VorlynSDK : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -24,6 +25,7 @@ private slots:
     void available();
     void select_data();
     void select();
+    void selectStopsAtTheFirstName();
     void privateRanges_data();
     void privateRanges();
     void selectFromNothing();
@@ -33,17 +35,26 @@ private slots:
 
 void tst_VorlynSDK::initTestCase()
 {
-    // down0 is down, bare0 has no IPv4 address, public0 has no private one; priv0 gets its own.
-    for (const QString &name : QStringList{"down", "bare", "public", "priv"}) {
+    // down0 is down, quiet0 has nobody at its other end, single0 has no multicast, bare0 has no
+    // IPv4 address, public0 has no private one; priv0 gets its own.
+    for (const QString &name : QStringList{"down", "quiet", "single", "bare", "public", "priv"}) {
         QVERIFY(TestNetwork::run("ip link add " + name + "0 type veth peer name " + name + "1"));
-        QVERIFY(TestNetwork::run("ip link set " + name + "1 up"));
+        if (name != "quiet")
+            QVERIFY(TestNetwork::run("ip link set " + name + "1 up"));
         if (name != "down")
             QVERIFY(TestNetwork::run("ip link set " + name + "0 up"));
     }
+    QVERIFY(TestNetwork::run("ip link set single0 multicast off"));
+    QVERIFY(
+        TestNetwork::run("ip link set lo multicast on")); // so that its type alone speaks against
     QVERIFY(TestNetwork::run("ip addr add 10.1.0.1/24 dev down0"));
+    QVERIFY(TestNetwork::run("ip addr add 10.2.0.1/24 dev quiet0"));
+    QVERIFY(TestNetwork::run("ip addr add 10.3.0.1/24 dev single0"));
     QVERIFY(TestNetwork::run("ip addr add 198.51.100.7/24 dev public0"));
     QVERIFY(TestNetwork::run("ip addr add 10.77.5.1/24 dev veth-a"));
-    QTRY_VERIFY(TestNetwork::interface("public0").flags() & QNetworkInterface::IsRunning);
+    for (const QString &name : QStringList{"public0", "single0", "lo"})
+        QTRY_VERIFY(TestNetwork::interface(name).flags() & QNetworkInterface::IsRunning);
+    QVERIFY(TestNetwork::interface("lo").flags() & QNetworkInterface::CanMulticast);
     QTRY_VERIFY(!TestNetwork::interface("bare0").addressEntries().isEmpty());
 }
 
@@ -135,8 +146,8 @@ void tst_VorlynSDK::available()
     const QStringList found = names(VorlynSDK::availableInterfaces());
     for (const QString &name : QStringList{"veth-a", "veth-b", "public0"})
         QVERIFY2(found.contains(name), qPrintable(name));
-    // Loopback, down, without IPv4: "priv0" has no address yet.
-    for (const QString &name : QStringList{"lo", "down0", "bare0", "priv0"})
+    // "priv0" has no address yet.
+    for (const QString &name : QStringList{"lo", "down0", "quiet0", "single0", "bare0", "priv0"})
         QVERIFY2(!found.contains(name), qPrintable(name));
 
     QStringList inOrder = names(QNetworkInterface::allInterfaces());
@@ -230,6 +241,19 @@ void tst_VorlynSDK::select()
     QTEST(VorlynSDK::selectInterface(interfaces(list), name, ip, chosen, address), "result");
     QTEST(chosen.name(), "interface");
     QTEST(address.ip().toString(), "address");
+}
+
+void tst_VorlynSDK::selectStopsAtTheFirstName()
+{
+    // Two of the same name, of which the second would do.
+    const QNetworkInterface bare = TestNetwork::interface("priv0");
+    QVERIFY(TestNetwork::run("ip addr add 10.4.0.1/24 dev priv0"));
+    QNetworkInterface chosen;
+    QNetworkAddressEntry address;
+    QVERIFY(VorlynSDK::selectInterface(
+        {bare, TestNetwork::interface("veth-a"), TestNetwork::interface("priv0")}, "priv0",
+        "10.4.0.1", chosen, address));
+    QCOMPARE(chosen.name(), QString("veth-a"));
 }
 
 void tst_VorlynSDK::privateRanges_data()

@@ -1,4 +1,4 @@
-#include "LogRecorder.h"
+#include "LogCatcher.h"
 #include "VorlynSDK.h"
 
 #include <QJsonObject>
@@ -11,7 +11,8 @@
 #include <memory>
 
 // Takes uploads on loopback and answers each with the same text, once the whole body is there.
-class UploadServer : public QTcpServer {
+class UploadServer : public QTcpServer
+{
 public:
     explicit UploadServer(const QByteArray &answer) : answer(answer)
     {
@@ -44,7 +45,8 @@ private:
     const QByteArray answer;
 };
 
-class tst_VorlynSDKFirmware : public QObject {
+class tst_VorlynSDKFirmware : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -66,7 +68,7 @@ private:
 
     QTemporaryDir folder;
     QString image;
-    std::unique_ptr<LogRecorder> log;
+    std::unique_ptr<LogCatcher> log;
 };
 
 void tst_VorlynSDKFirmware::initTestCase()
@@ -79,7 +81,7 @@ void tst_VorlynSDKFirmware::initTestCase()
 
 void tst_VorlynSDKFirmware::init()
 {
-    log = std::make_unique<LogRecorder>();
+    log = std::make_unique<LogCatcher>();
     VorlynSDK::createInstance();
 }
 

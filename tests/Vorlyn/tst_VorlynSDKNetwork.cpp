@@ -1,5 +1,6 @@
 #include "CameraPeer.h"
-#include "LogRecorder.h"
+#include "JunkDatagrams.h"
+#include "LogCatcher.h"
 #include "TestNetwork.h"
 #include "VorlynProtocol.h"
 #include "VorlynSDK.h"
@@ -12,7 +13,9 @@
 #include <QtTest>
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <netinet/in.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -25,7 +28,8 @@ using Command = std::function<int(VorlynSDK &)>;
 Q_DECLARE_METATYPE(Command)
 
 // The client against raw bytes on a real network.
-class tst_VorlynSDKNetwork : public QObject {
+class tst_VorlynSDKNetwork : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -33,6 +37,7 @@ private slots:
     void cleanup();
 
     void startLogsEachStep();
+    void threadNames();
     void commands_data();
     void commands();
     void repliesDecideTheResult_data();
@@ -46,6 +51,7 @@ private slots:
     void cancelWaitEndsACommand();
     void cancelBeforeTheWaitIsLost();
     void waitWithoutLimit();
+    void waitSpinsAndSearchSleeps();
     void firstAnswerOfAListDecides();
     void strayIdsAreThrownAway();
     void replyWithoutWaiterStaysQueued();
@@ -59,6 +65,7 @@ private slots:
     void searchFillsTheList();
     void searchDropsOldReplies();
     void searchTakesItsWholeTime();
+    void searchLastsThreeSeconds();
     void searchIsCancelled();
     void searchWithoutLimit();
     void idsBeginAnewWithTheNetwork();
@@ -67,11 +74,15 @@ private slots:
     void takenPortIsRetried();
     void onlyTheChosenInterface();
     void interfaceDownAndUp();
+    void interfaceDownAtStart();
     void addressTakenAndGivenBack();
+    void addressAwayForAMoment();
     void interfaceMadeAnew();
     void repeatedStopIsPrompt();
     void stopRightAfterStart();
-    void emptyReadSpins();
+    void passingErrorsSpin_data();
+    void passingErrorsSpin();
+    void survivesAnything();
 
 private:
     void startOn(const QString &interface, const QString &ip);
@@ -79,15 +90,15 @@ private:
     bool answers(CameraPeer &camera);
     void measureRecovery(CameraPeer &camera);
 
-    std::unique_ptr<LogRecorder> log;
+    std::unique_ptr<LogCatcher> log;
     std::unique_ptr<CameraPeer> camera;
+    QVector<int> seen; // ids of the requests that answers() read
 };
 
 static constexpr char mac[] = "0200000000AA"; // of veth-a
 
 // A job on a thread of its own. A test that fails ends the wait that the job may be in.
-template <typename Result>
-struct Background : std::future<Result> {
+template <typename Result> struct Background : std::future<Result> {
     explicit Background(std::future<Result> &&job) : std::future<Result>(std::move(job)) { }
     Background(Background &&) = default;
     Background &operator=(Background &&) = default;
@@ -103,8 +114,7 @@ struct Background : std::future<Result> {
     }
 };
 
-template <typename Job>
-static auto background(Job job)
+template <typename Job> static auto background(Job job)
 {
     return Background(std::async(std::launch::async, job));
 }
@@ -131,7 +141,7 @@ static QJsonObject answer(const QJsonValue &id, const QString &result = "success
 
 static QByteArray withLength(quint32 length, const QByteArray &body)
 {
-    QByteArray bytes = CameraPeer::frame(body);
+    QByteArray bytes = TestNetwork::frame(body);
     qToBigEndian(length, bytes.data());
     return bytes;
 }
@@ -141,11 +151,11 @@ static int descriptors()
     return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).size();
 }
 
-// Seconds of the processor that the process has used.
-static double processorSeconds()
+// Seconds of the processor that the process, or the calling thread, has used.
+static double processorSeconds(clockid_t clock)
 {
     timespec time;
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    clock_gettime(clock, &time);
     return double(time.tv_sec) + double(time.tv_nsec) / 1e9;
 }
 
@@ -163,13 +173,26 @@ static int descriptorOn(unsigned short port)
     return -1;
 }
 
+// Waits until a socket holds nothing more; datagrams beyond its buffer would be lost.
+static bool isReadEmpty(int socket)
+{
+    for (int turn = 0; turn < 100000; ++turn) {
+        int bytes = 0; // of the next datagram
+        if (ioctl(socket, FIONREAD, &bytes) != 0 || bytes == 0)
+            return bytes == 0;
+        QThread::usleep(100);
+    }
+    return false;
+}
+
 void tst_VorlynSDKNetwork::init()
 {
-    log = std::make_unique<LogRecorder>();
+    log = std::make_unique<LogCatcher>();
     VorlynSDK::createInstance();
     startOn("veth-a", "10.77.0.1");
     camera = std::make_unique<CameraPeer>("10.77.0.2");
     QVERIFY(camera->isOpen());
+    seen.clear();
 }
 
 void tst_VorlynSDKNetwork::cleanup()
@@ -200,6 +223,20 @@ void tst_VorlynSDKNetwork::startLogsEachStep()
     QVERIFY(log->lines().first().startsWith("bind"));
 }
 
+void tst_VorlynSDKNetwork::threadNames()
+{
+    QStringList names;
+    for (const QString &task :
+        QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile name("/proc/self/task/" + task + "/comm");
+        if (name.open(QIODevice::ReadOnly))
+            names.append(QString::fromLatin1(name.readAll().trimmed()));
+    }
+    // The system keeps 15 letters.
+    for (const QString &name : QStringList{"VorlynSDKSendThread", "VorlynSDKRecvThread"})
+        QVERIFY2(names.contains(name.left(15)), qPrintable(names.join(' ')));
+}
+
 void tst_VorlynSDKNetwork::commands_data()
 {
     QTest::addColumn<Command>("command");
@@ -218,55 +255,55 @@ void tst_VorlynSDKNetwork::commands_data()
                 one, "1.2.3.4", "255.255.255.0", "1.2.3.1", "1.1.1.1", "2.2.2.2");
         },
         R"({"IpMode":"static","destarray":["s1"],"dns1":"1.1.1.1","dns2":"2.2.2.2",)"
-        R"("gateway":"1.2.3.1","id":0,"ip":"1.2.3.4","method":"SetIp",)"
+        R"("gateway":"1.2.3.1","id":1,"ip":"1.2.3.4","method":"SetIp",)"
         R"("netmask":"255.255.255.0","srcid":"0200000000AA"})");
     row(
         "setDeviceIp, empty texts",
         [=](VorlynSDK &sdk) { return sdk.setDeviceIp(one, "", "", "", "", ""); },
-        R"({"IpMode":"static","destarray":["s1"],"dns1":"","dns2":"","gateway":"","id":0,)"
+        R"({"IpMode":"static","destarray":["s1"],"dns1":"","dns2":"","gateway":"","id":1,)"
         R"("ip":"","method":"SetIp","netmask":"","srcid":"0200000000AA"})");
     row(
         "setDeviceDhcp", [=](VorlynSDK &sdk) { return sdk.setDeviceDhcp(two); },
-        R"({"IpMode":"dhcp","destarray":["s1","s2"],"id":0,"method":"SetIp",)"
+        R"({"IpMode":"dhcp","destarray":["s1","s2"],"id":1,"method":"SetIp",)"
         R"("srcid":"0200000000AA"})");
     row(
         "setDeviceMac", [=](VorlynSDK &sdk) { return sdk.setDeviceMac(one, "00:11"); },
-        R"({"destarray":["s1"],"id":0,"mac":"00:11","method":"SetMac","srcid":"0200000000AA"})");
+        R"({"destarray":["s1"],"id":1,"mac":"00:11","method":"SetMac","srcid":"0200000000AA"})");
     row(
         "setDeviceMac, empty", [=](VorlynSDK &sdk) { return sdk.setDeviceMac(one, ""); },
-        R"({"destarray":["s1"],"id":0,"method":"SetMac","srcid":"0200000000AA"})");
+        R"({"destarray":["s1"],"id":1,"method":"SetMac","srcid":"0200000000AA"})");
     row(
         "setDeviceName",
         [=](VorlynSDK &sdk) { return sdk.setDeviceName(two, QString::fromUtf8("摄像机 \"1\"")); },
-        R"({"destarray":["s1","s2"],"id":0,"method":"SetName","name":"摄像机 \"1\"",)"
+        R"({"destarray":["s1","s2"],"id":1,"method":"SetName","name":"摄像机 \"1\"",)"
         R"("srcid":"0200000000AA"})");
     row(
         "setDeviceName, empty", [=](VorlynSDK &sdk) { return sdk.setDeviceName(two, ""); },
-        R"({"destarray":["s1","s2"],"id":0,"method":"SetName","name":"","srcid":"0200000000AA"})");
+        R"({"destarray":["s1","s2"],"id":1,"method":"SetName","name":"","srcid":"0200000000AA"})");
     row(
         "setDeviceP2p", [=](VorlynSDK &sdk) { return sdk.setDeviceP2p(two, "P-1"); },
-        R"({"destarray":["s1","s2"],"id":0,"method":"SetP2p","p2pid":"P-1",)"
+        R"({"destarray":["s1","s2"],"id":1,"method":"SetP2p","p2pid":"P-1",)"
         R"("srcid":"0200000000AA"})");
     row(
         "setDeviceFunctionId",
         [=](VorlynSDK &sdk) { return sdk.setDeviceFunctionId(two, "PAC,WIFI"); },
-        R"({"HdCuFun":"PAC,WIFI","destarray":["s1","s2"],"id":0,"method":"SetHdCuFun",)"
+        R"({"HdCuFun":"PAC,WIFI","destarray":["s1","s2"],"id":1,"method":"SetHdCuFun",)"
         R"("srcid":"0200000000AA"})");
     row(
         "setDevicePTZ", [=](VorlynSDK &sdk) { return sdk.setDevicePTZ(two, "left"); },
-        R"({"command":"left","destarray":["s1","s2"],"id":0,"method":"SetPTZ",)"
+        R"({"command":"left","destarray":["s1","s2"],"id":1,"method":"SetPTZ",)"
         R"("srcid":"0200000000AA"})");
     row(
         "resetDevices", [=](VorlynSDK &sdk) { return sdk.resetDevices(two); },
-        R"({"destarray":["s1","s2"],"id":0,"keepnetwork":"0","method":"ResetDefault",)"
+        R"({"destarray":["s1","s2"],"id":1,"keepnetwork":"0","method":"ResetDefault",)"
         R"("srcid":"0200000000AA"})");
     row(
         "resetDevices, empty list", [](VorlynSDK &sdk) { return sdk.resetDevices({}); },
-        R"({"destarray":[],"id":0,"keepnetwork":"0","method":"ResetDefault",)"
+        R"({"destarray":[],"id":1,"keepnetwork":"0","method":"ResetDefault",)"
         R"("srcid":"0200000000AA"})");
     row(
         "resetDevices, no srcid", [](VorlynSDK &sdk) { return sdk.resetDevices({VorlynDevice()}); },
-        R"({"destarray":[""],"id":0,"keepnetwork":"0","method":"ResetDefault",)"
+        R"({"destarray":[""],"id":1,"keepnetwork":"0","method":"ResetDefault",)"
         R"("srcid":"0200000000AA"})");
     row(
         "getDeviceSD",
@@ -275,30 +312,30 @@ void tst_VorlynSDKNetwork::commands_data()
             int free = 0;
             return sdk.getDeviceSD(one, total, free);
         },
-        R"({"destarray":["s1"],"id":0,"method":"GetSD","srcid":"0200000000AA"})");
+        R"({"destarray":["s1"],"id":1,"method":"GetSD","srcid":"0200000000AA"})");
     row(
         "getDeviceWiFiList",
         [=](VorlynSDK &sdk) {
             QVector<VorlynDeviceWiFiInfo> networks;
             return sdk.getDeviceWiFiList(one, networks);
         },
-        R"({"destarray":["s1"],"id":0,"method":"WifiScan","srcid":"0200000000AA"})");
+        R"({"destarray":["s1"],"id":1,"method":"WifiScan","srcid":"0200000000AA"})");
     row(
         "setDeviceIRcut", [=](VorlynSDK &sdk) { return sdk.setDeviceIRcut(one, "night"); },
-        R"({"destarray":["s1"],"id":0,"ircut":"night","method":"SetIRcut",)"
+        R"({"destarray":["s1"],"id":1,"ircut":"night","method":"SetIRcut",)"
         R"("srcid":"0200000000AA"})",
         false);
     row(
         "setDeviceColor on", [=](VorlynSDK &sdk) { return sdk.setDeviceColor(one, true); },
-        R"({"color":"on","destarray":["s1"],"id":0,"method":"SetColor","srcid":"0200000000AA"})",
+        R"({"color":"on","destarray":["s1"],"id":1,"method":"SetColor","srcid":"0200000000AA"})",
         false);
     row(
         "setDeviceColor off", [=](VorlynSDK &sdk) { return sdk.setDeviceColor(one, false); },
-        R"({"color":"off","destarray":["s1"],"id":0,"method":"SetColor","srcid":"0200000000AA"})",
+        R"({"color":"off","destarray":["s1"],"id":1,"method":"SetColor","srcid":"0200000000AA"})",
         false);
     row(
         "testDeviceMicrophone", [=](VorlynSDK &sdk) { return sdk.testDeviceMicrophone(one); },
-        R"({"destarray":["s1"],"id":0,"method":"testMicrophone","srcid":"0200000000AA"})", false);
+        R"({"destarray":["s1"],"id":1,"method":"testMicrophone","srcid":"0200000000AA"})", false);
     row(
         "searchDevices",
         [](VorlynSDK &sdk) {
@@ -306,9 +343,8 @@ void tst_VorlynSDKNetwork::commands_data()
             sdk.searchDevices(found, 0.2);
             return found.size();
         },
-        R"({"destarray":["all"],"id":0,"method":"search","srcid":"0200000000AA",)"
-        R"("user":"Windows IP Tool"})",
-        false);
+        R"({"destarray":["all"],"id":1,"method":"search","srcid":"0200000000AA",)"
+        R"("user":"Windows IP Tool"})");
 }
 
 void tst_VorlynSDKNetwork::commands()
@@ -316,15 +352,17 @@ void tst_VorlynSDKNetwork::commands()
     QFETCH(Command, command);
     QFETCH(QByteArray, json);
     QFETCH(bool, waits);
+    QCOMPARE(sdk().testDeviceMicrophone(device("s0")), 0);
+    QCOMPARE(camera->receiveRequest()["id"], QJsonValue(0));
 
     auto result = background([&] { return command(sdk()); });
-    QCOMPARE(camera->receive(), CameraPeer::frame(json));
+    QCOMPARE(camera->receive(), TestNetwork::frame(json));
     if (waits) {
-        QJsonObject reply = answer(0);
+        QJsonObject reply = answer(1);
         reply["totalsize"] = 1;
         QVERIFY(camera->reply(reply));
     }
-    QCOMPARE(result.get(), 0); // the result, or the id
+    QCOMPARE(result.get(), waits ? 0 : 1); // the result, or the id
     QCOMPARE(log->count("send " + QString::fromUtf8(json)), 1);
     QCOMPARE(camera->receive(CameraPeer::noTimeLost), QByteArray()); // sent once
 }
@@ -489,21 +527,36 @@ void tst_VorlynSDKNetwork::waitWithoutLimit()
     }
 }
 
+void tst_VorlynSDKNetwork::waitSpinsAndSearchSleeps()
+{
+    const double start = processorSeconds(CLOCK_THREAD_CPUTIME_ID);
+    QCOMPARE(sdk().waitResponse(1, 1), nullptr);
+    const double waited = processorSeconds(CLOCK_THREAD_CPUTIME_ID);
+    QVector<VorlynDevice> list;
+    sdk().searchDevices(list, 1);
+    const double searched = processorSeconds(CLOCK_THREAD_CPUTIME_ID);
+    QVERIFY2(waited - start > 0.1, qPrintable(QString::number(waited - start)));
+    QVERIFY2(searched - waited < 0.1, qPrintable(QString::number(searched - waited)));
+}
+
 void tst_VorlynSDKNetwork::firstAnswerOfAListDecides()
 {
     const QVector<VorlynDevice> three = devices({"s1", "s2", "s3"});
     auto result = background([&] { return sdk().setDeviceDhcp(three); });
     QCOMPARE(camera->receiveRequest()["destarray"], QJsonValue(QJsonArray{"s1", "s2", "s3"}));
-    QVERIFY(camera->reply(answer(0, "fail"))); // the one device that answers
-    QCOMPARE(result.get(), -1);
+    QVERIFY(camera->reply(answer(0))); // the one device that answers
+    QCOMPARE(result.get(), 0);
 
     // A late answer of another device is thrown away by the next wait.
     QVERIFY(camera->reply(answer(0)));
     result = background([&] { return sdk().setDeviceName(three, "n"); });
     QCOMPARE(camera->receiveRequest()["id"], QJsonValue(1));
+    QElapsedTimer timer;
+    timer.start();
     QVERIFY(camera->reply(answer(1, "fail")));
     QVERIFY(camera->reply(answer(1)));
     QCOMPARE(result.get(), -1);
+    QVERIFY(timer.elapsed() < 2500); // by the reply and not by the timeout
 }
 
 void tst_VorlynSDKNetwork::strayIdsAreThrownAway()
@@ -511,9 +564,9 @@ void tst_VorlynSDKNetwork::strayIdsAreThrownAway()
     auto result = background([&] { return sdk().setDeviceMac(device("s1"), "AA"); });
     QCOMPARE(camera->receiveRequest()["id"], QJsonValue(0));
     for (const QJsonValue &id : {QJsonValue(7), QJsonValue("7"), QJsonValue(true)})
-        QVERIFY(camera->reply(answer(id)));
-    QVERIFY(camera->reply(answer(0, "fail")));
-    QCOMPARE(result.get(), -1);
+        QVERIFY(camera->reply(answer(id, "fail")));
+    QVERIFY(camera->reply(answer(0)));
+    QCOMPARE(result.get(), 0);
     // None is left for a wait on its id.
     QCOMPARE(sdk().waitResponse(7, 0.1), nullptr);
     QCOMPARE(sdk().waitResponse(1, 0.1), nullptr);
@@ -534,7 +587,7 @@ void tst_VorlynSDKNetwork::replyWithoutWaiterStaysQueued()
 void tst_VorlynSDKNetwork::droppedMessages_data()
 {
     QTest::addColumn<QByteArray>("datagram");
-    const auto framed = &CameraPeer::frame;
+    const auto framed = &TestNetwork::frame;
     QTest::newRow("other workstation") << framed(R"({"id":0,"destid":"0200000000AB"})");
     QTest::newRow("small letters") << framed(R"({"id":0,"destid":"0200000000aa"})");
     QTest::newRow("with colons") << framed(R"({"id":0,"destid":"02:00:00:00:00:AA"})");
@@ -571,7 +624,7 @@ void tst_VorlynSDKNetwork::keptMessagesAreLogged()
 
 void tst_VorlynSDKNetwork::mismatchSpoilsTheCount()
 {
-    const QByteArray good = CameraPeer::frame(QJsonDocument(answer(3)).toJson());
+    const QByteArray good = TestNetwork::frame(QJsonDocument(answer(3)).toJson());
     const QByteArray stray = withLength(99, "12345678");
     QVERIFY(camera->send(stray));
     QVERIFY(camera->send(good));
@@ -686,6 +739,16 @@ void tst_VorlynSDKNetwork::searchTakesItsWholeTime()
     }
 }
 
+void tst_VorlynSDKNetwork::searchLastsThreeSeconds()
+{
+    QVector<VorlynDevice> list;
+    QElapsedTimer timer;
+    timer.start();
+    sdk().searchDevices(list);
+    QVERIFY2(timer.elapsed() >= 2950 && timer.elapsed() < 6000,
+        qPrintable(QString::number(timer.elapsed())));
+}
+
 void tst_VorlynSDKNetwork::searchIsCancelled()
 {
     QVector<VorlynDevice> list;
@@ -716,13 +779,13 @@ void tst_VorlynSDKNetwork::idsBeginAnewWithTheNetwork()
 {
     for (int id = 0; id < 3; ++id)
         QCOMPARE(sdk().testDeviceMicrophone(device("s1")), id);
-    QVERIFY(camera->reply(answer(0, "fail")));
+    QVERIFY(camera->reply(answer(0)));
     QTRY_COMPARE(log->beginning("recv").size(), 1);
 
     sdk().stopNetwork();
     startOn("veth-a", "10.77.0.1");
-    // The old reply is still queued, and its id is now that of the new request.
-    QCOMPARE(sdk().setDeviceMac(device("s1"), "AA"), -1);
+    // The old reply is still queued, and its id is now that of the new request: nobody answered it.
+    QCOMPARE(sdk().setDeviceMac(device("s1"), "AA"), 0);
     QCOMPARE(sdk().testDeviceMicrophone(device("s1")), 1);
 }
 
@@ -730,6 +793,7 @@ void tst_VorlynSDKNetwork::requestsWaitForTheSocket()
 {
     sdk().stopNetwork();
     sdk().testDeviceMicrophone(device("s1"));
+    sdk().stopNetwork(); // the queue keeps it
     QCOMPARE(camera->receive(CameraPeer::noTimeLost), QByteArray());
     startOn("veth-a", "10.77.0.1");
     QCOMPARE(camera->receiveRequest()["method"], QJsonValue("testMicrophone"));
@@ -817,6 +881,7 @@ bool tst_VorlynSDKNetwork::answers(CameraPeer &camera)
         if (timer.hasExpired(250))
             return false;
         request = camera.receiveRequest(50);
+        seen.append(request["id"].toInt(-1));
     }
     camera.reply(answer(id));
     const std::unique_ptr<QJsonObject> reply(sdk().waitResponse(quint32(id), 0.25));
@@ -828,7 +893,7 @@ void tst_VorlynSDKNetwork::measureRecovery(CameraPeer &camera)
     QElapsedTimer timer;
     timer.start();
     while (!answers(camera))
-        QVERIFY(!timer.hasExpired(15000));
+        QVERIFY(!timer.hasExpired(6000));
     qInfo("answers again after %lld ms", timer.elapsed());
 }
 
@@ -836,8 +901,19 @@ void tst_VorlynSDKNetwork::interfaceDownAndUp()
 {
     QVERIFY(answers(*camera));
     QVERIFY(TestNetwork::run("ip link set veth-a down"));
-    QVERIFY(!answers(*camera)); // a request that can't leave is dropped
+    const int dropped = sdk().setDeviceColor(device("s1"), true);
     QTRY_VERIFY(!log->beginning("send to ret = -1, errno = ").isEmpty());
+    QVERIFY(TestNetwork::run("ip link set veth-a up"));
+    measureRecovery(*camera);
+    QVERIFY(!seen.contains(dropped)); // what can't leave isn't sent again
+}
+
+void tst_VorlynSDKNetwork::interfaceDownAtStart()
+{
+    sdk().stopNetwork();
+    QVERIFY(TestNetwork::run("ip link set veth-a down"));
+    sdk().startNetwork(TestNetwork::interface("veth-a"), TestNetwork::entry("10.77.0.1"));
+    QVERIFY(!answers(*camera));
     QVERIFY(TestNetwork::run("ip link set veth-a up"));
     measureRecovery(*camera);
 }
@@ -849,6 +925,15 @@ void tst_VorlynSDKNetwork::addressTakenAndGivenBack()
     QTRY_COMPARE(log->count("recvfrom ret = -1, errno = 19"), 1);
     QTRY_VERIFY(
         log->count("setsockopt ZR_IP_ADD_MEMBERSHIP 239.255.255.250, 10.77.0.1 failure") > 0);
+    QVERIFY(TestNetwork::run("ip addr add 10.77.0.1/24 dev veth-a"));
+    measureRecovery(*camera);
+}
+
+// Not noticed, nor need it be: the memberships go with the interface, not with its address.
+void tst_VorlynSDKNetwork::addressAwayForAMoment()
+{
+    QVERIFY(answers(*camera));
+    QVERIFY(TestNetwork::run("ip addr flush dev veth-a"));
     QVERIFY(TestNetwork::run("ip addr add 10.77.0.1/24 dev veth-a"));
     measureRecovery(*camera);
 }
@@ -903,20 +988,53 @@ void tst_VorlynSDKNetwork::stopRightAfterStart()
     QCOMPARE(descriptors(), before);
 }
 
-void tst_VorlynSDKNetwork::emptyReadSpins()
+void tst_VorlynSDKNetwork::passingErrorsSpin_data()
 {
+    QTest::addColumn<int>("flags");
+    QTest::newRow("0 bytes and no error") << 0;
+    QTest::newRow("would have blocked") << O_NONBLOCK;
+}
+
+void tst_VorlynSDKNetwork::passingErrorsSpin()
+{
+    QFETCH(int, flags);
     const QStringList before = log->lines();
     const int receiver = descriptorOn(VorlynProtocol::replyPort);
     QVERIFY(receiver > 0);
-    const double idle = processorSeconds();
-    shutdown(receiver, SHUT_RD); // from now on it gives 0 bytes and no error
-    QTRY_VERIFY_WITH_TIMEOUT(processorSeconds() - idle > 0.2, 20000);
+    const double idle = processorSeconds(CLOCK_PROCESS_CPUTIME_ID);
+    QCOMPARE(fcntl(receiver, F_SETFL, flags), 0);
+    shutdown(receiver, SHUT_RD); // from now on each read ends at once
+    QTRY_VERIFY_WITH_TIMEOUT(processorSeconds(CLOCK_PROCESS_CPUTIME_ID) - idle > 0.2, 20000);
     QCOMPARE(log->lines(), before);
 
     QElapsedTimer timer;
     timer.start();
     sdk().stopNetwork();
     QVERIFY(timer.elapsed() < 2000);
+}
+
+// 100,000 datagrams, in rounds: the last ones of each may spoil the count, which a restart heals.
+void tst_VorlynSDKNetwork::survivesAnything()
+{
+    constexpr int round = 1000;
+    JunkDatagrams junk(20240518);
+    int found = 0;
+    for (int i = 0; i < 100; ++i) {
+        QVector<VorlynDevice> list;
+        auto search = background([&] { sdk().searchDevices(list, 0); });
+        QVERIFY(!camera->receive().isEmpty());
+        const int receiver = descriptorOn(VorlynProtocol::replyPort);
+        for (int sent = 0; sent < round; ++sent) {
+            QVERIFY(camera->send(sent < round - 20 ? junk.nextWithLength() : junk.next()));
+            QVERIFY(sent % 50 != 49 || isReadEmpty(receiver));
+        }
+        search.cancel();
+        found += list.size();
+        sdk().stopNetwork();
+        startOn("veth-a", "10.77.0.1");
+    }
+    QVERIFY2(found >= 100, qPrintable(QString::number(found))); // each search got to see them
+    QVERIFY(answers(*camera));
 }
 
 QTEST_GUILESS_MAIN(tst_VorlynSDKNetwork)

@@ -47,6 +47,18 @@ void passOn(QtMsgType type, const QMessageLogContext &context, const QString &te
 
 void swallow(QtMsgType, const QMessageLogContext &, const QString &) { }
 
+QSemaphore held;
+QSemaphore freed;
+
+// Keeps the message "held" back until another has been written, or for long.
+void holdBack(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    if (text == "held") {
+        held.release();
+        freed.tryAcquire(1, 20000);
+    }
+}
+
 // A run of the log with a handler of the test before it. Nothing is logged between the end of the
 // log and the return of Qt's handler.
 class Run {
@@ -104,6 +116,7 @@ private slots:
     void messageStandsAsItIs();
     void everyMessageIsFlushed();
     void previousHandlerComesFirst();
+    void previousHandlerHoldsUpNobodyElse();
     void noFile_data();
     void noFile();
     void shutdownWithoutInstance();
@@ -195,6 +208,7 @@ void tst_ZRLog::prunes_data()
     row("two dots", 0, "20200101000000.x.clog", true);
     row("other suffix", 0, "20200101000000.log", true);
     row("no suffix", 0, "20200101000000", true);
+    row("suffix in capitals", 0, "20200101000000.CLOG", false); // the name filter ignores case
     QTest::newRow("folder") << 0 << "20200101000000.clog" << true << true;
 }
 
@@ -358,6 +372,23 @@ void tst_ZRLog::previousHandlerComesFirst()
     QCOMPARE(passedOn[1].text, QString("second"));
     QCOMPARE(passedOn[1].logSoFar.count('\n'), 1);
     QCOMPARE(logBytes().count('\n'), 2);
+}
+
+void tst_ZRLog::previousHandlerHoldsUpNobodyElse()
+{
+    const std::unique_ptr<QThread> other(QThread::create([] { qDebug("held"); }));
+    {
+        const Run run(holdBack);
+        other->start();
+        held.acquire();
+        qDebug("free");
+        freed.release();
+        QVERIFY(other->wait(100000));
+    }
+    const QList<QByteArray> lines = logBytes().split('\n');
+    QCOMPARE(lines.size(), 3);
+    QVERIFY(lines[0].endsWith("  free"));
+    QVERIFY(lines[1].endsWith("  held"));
 }
 
 void tst_ZRLog::noFile_data()

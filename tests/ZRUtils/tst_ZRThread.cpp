@@ -12,7 +12,9 @@
 
 namespace {
 
+// This program, run again, as one of the ways to die of a worker.
 constexpr char deleteRunning[] = "--delete-running";
+constexpr char throwFromRun[] = "--throw-from-run";
 
 class Worker : public ZRThread {
 public:
@@ -55,6 +57,21 @@ struct Inside {
     int loopLevel = -1;
 };
 
+struct Death {
+    bool came;
+    QByteArray output;
+};
+
+Death deathOf(const char *mode)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(QCoreApplication::applicationFilePath(), {mode});
+    const bool ended = process.waitForFinished(60000);
+    const bool badly = process.exitStatus() == QProcess::CrashExit || process.exitCode() != 0;
+    return {ended && badly, process.readAll()};
+}
+
 Inside lookInside(const std::function<void(ZRThread *)> &prepare = {})
 {
     Inside inside;
@@ -91,6 +108,7 @@ private slots:
     void nameAfterStartIsStoredOnly();
     void inheritsPriorityAndHasNoEventLoop();
     void destructorDoesNotJoin();
+    void exceptionIsNotCaught();
     void sleepsForMilliseconds();
     void currentSecondsIsTheWallClock();
     void lockerExcludes();
@@ -261,7 +279,11 @@ void tst_ZRThread::nameAfterStartIsStoredOnly()
     renamed.release();
     worker.start();
     QVERIFY(worker.wait());
-    QCOMPARE(names, QStringList({"before", "after"}));
+    worker.setName("");
+    renamed.release();
+    worker.start();
+    QVERIFY(worker.wait());
+    QCOMPARE(names, QStringList({"before", "after", "after"})); // an empty name is not set
 }
 
 void tst_ZRThread::inheritsPriorityAndHasNoEventLoop()
@@ -271,15 +293,17 @@ void tst_ZRThread::inheritsPriorityAndHasNoEventLoop()
     QCOMPARE(inside.loopLevel, 0);
 }
 
-// Deleting a running thread ends the program: this one, run again, has to die of it.
 void tst_ZRThread::destructorDoesNotJoin()
 {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QCoreApplication::applicationFilePath(), {deleteRunning});
-    QVERIFY(process.waitForFinished(60000));
-    QVERIFY(process.exitStatus() == QProcess::CrashExit || process.exitCode() != 0);
-    QVERIFY(process.readAll().contains("Destroyed while thread is still running"));
+    const Death death = deathOf(deleteRunning);
+    QVERIFY(death.came);
+    QVERIFY2(death.output.contains("Destroyed while thread is still running"), death.output);
+}
+
+void tst_ZRThread::exceptionIsNotCaught()
+{
+    const Death death = deathOf(throwFromRun);
+    QVERIFY2(death.came, death.output);
 }
 
 void tst_ZRThread::sleepsForMilliseconds()
@@ -354,9 +378,16 @@ void tst_ZRThread::lockerIsNotRecursive()
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
-    if (application.arguments().value(1) == deleteRunning) {
+    const QString mode = application.arguments().value(1);
+    if (mode == deleteRunning) {
         Worker worker(untilStopped);
         worker.start();
+        return 0;
+    }
+    if (mode == throwFromRun) {
+        Worker worker([](Worker *) { throw 1; });
+        worker.start();
+        worker.wait();
         return 0;
     }
     tst_ZRThread test;

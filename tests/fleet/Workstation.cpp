@@ -1,11 +1,12 @@
 #include "Workstation.h"
 
+#include "TestNetwork.h"
+
 #include <QDateTime>
 #include <QJsonDocument>
 #include <QNetworkDatagram>
 #include <QNetworkInterface>
 #include <QTest>
-#include <QtEndian>
 
 #include <algorithm>
 
@@ -50,13 +51,6 @@ void Workstation::read()
     }
 }
 
-QByteArray Workstation::frame(const QByteArray &json)
-{
-    QByteArray header(8, '\0');
-    qToBigEndian<quint32>(quint32(json.size() + 8), header.data());
-    return header + json;
-}
-
 int Workstation::send(const QString &method, const QJsonArray &targets, const QJsonObject &more)
 {
     QJsonObject request = more;
@@ -64,7 +58,7 @@ int Workstation::send(const QString &method, const QJsonArray &targets, const QJ
     request["method"] = method;
     request["srcid"] = srcid;
     request["destarray"] = targets;
-    sendDatagram(frame(QJsonDocument(request).toJson(QJsonDocument::Compact)));
+    sendDatagram(TestNetwork::frame(QJsonDocument(request).toJson(QJsonDocument::Compact)));
     return nextId++;
 }
 

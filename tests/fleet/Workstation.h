@@ -9,7 +9,8 @@
 #include <functional>
 
 // The other side of the cameras with plain sockets, on veth-a of the private network.
-class Workstation {
+class Workstation
+{
 public:
     struct Reply {
         QByteArray datagram;
@@ -28,7 +29,6 @@ public:
     int send(
         const QString &method, const QJsonArray &targets, const QJsonObject &more = QJsonObject());
     void sendDatagram(const QByteArray &datagram);
-    static QByteArray frame(const QByteArray &json);
 
     // Sends to one camera and waits for the reply with the request's id; empty when none comes.
     QJsonObject ask(

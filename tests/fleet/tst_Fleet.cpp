@@ -1,5 +1,6 @@
 #include "Fleet.h"
 #include "HostAddresses.h"
+#include "TestNetwork.h"
 #include "Workstation.h"
 
 #include <QJsonDocument>
@@ -79,7 +80,8 @@ QVector<QVector<QJsonObject>> exchangesOf(const QString &path)
 }
 
 // The library in a test's own process.
-class tst_Fleet : public QObject {
+class tst_Fleet : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -95,6 +97,9 @@ private slots:
     void thousands();
     void inAnotherThread();
     void portsWithoutAddresses();
+    void ownPortsInSpiteOfTheField();
+    void macsFollowTheFirst();
+    void journalInNoFolder();
     void requestsWhileRestarting();
     void resetToTakenAddress();
     void overtakenMove();
@@ -345,6 +350,46 @@ void tst_Fleet::portsWithoutAddresses()
     QVERIFY(!workstation.ask("GetSD", "02564C000002").isEmpty());
 }
 
+// A port that the search tells wrongly is no port to listen on.
+void tst_Fleet::ownPortsInSpiteOfTheField()
+{
+    QTemporaryDir folder;
+    FleetOptions options = onVethA(2);
+    options.ownAddresses = false;
+    options.httpPort = 8080;
+    options.scenario =
+        writeScenario(folder, R"({"cameras":[{"camera":"all","fields":{"httpport":80}}]})");
+    Fleet fleet(options);
+    QString error;
+    QVERIFY2(fleet.start(&error) == Fleet::Started, qPrintable(error));
+    QTcpSocket socket;
+    socket.connectToHost("10.77.0.1", 8081);
+    QVERIFY(socket.waitForConnected(10000));
+}
+
+void tst_Fleet::macsFollowTheFirst()
+{
+    FleetOptions options = onVethA(2);
+    options.firstMac = 0xAA00000000FF;
+    Fleet fleet(options);
+    QString error;
+    QCOMPARE(fleet.start(&error), Fleet::Started);
+    QCOMPARE(fleet.camera(0).field("mac"), QString("AA:00:00:00:00:FF"));
+    QCOMPARE(fleet.camera(1).field("mac"), QString("AA:00:00:00:01:00"));
+    QCOMPARE(fleet.camera(1).field("srcid"), QString("AA0000000100"));
+}
+
+void tst_Fleet::journalInNoFolder()
+{
+    FleetOptions options = onVethA(1);
+    options.journal = "/nowhere/journal";
+    Fleet fleet(options);
+    QString error;
+    QCOMPARE(fleet.start(&error), Fleet::Refused);
+    QVERIFY2(error.startsWith("journal /nowhere/journal: "), qPrintable(error));
+    QVERIFY(!hasAddress("10.77.0.11"));
+}
+
 void tst_Fleet::requestsWhileRestarting()
 {
     FleetOptions options = onVethA(2);
@@ -445,7 +490,7 @@ void tst_Fleet::documentedExchanges()
         methods << request["method"].toString();
         Workstation workstation;
         workstation.sendDatagram(
-            Workstation::frame(QJsonDocument(request).toJson(QJsonDocument::Compact)));
+            TestNetwork::frame(QJsonDocument(request).toJson(QJsonDocument::Compact)));
         const QVector<Workstation::Reply> replies =
             workstation.awaitId(exchange.size() - 1, request["id"].toInt());
         for (const QJsonObject &expected : exchange.mid(1)) {

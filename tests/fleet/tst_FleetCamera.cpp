@@ -29,7 +29,8 @@ QJsonObject changed(QJsonObject object, const QString &key, const QJsonValue &va
 
 }
 
-class tst_FleetCamera : public QObject {
+class tst_FleetCamera : public QObject
+{
     Q_OBJECT
 
 private slots:

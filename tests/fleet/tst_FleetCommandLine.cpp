@@ -2,7 +2,8 @@
 
 #include <QTest>
 
-class tst_FleetCommandLine : public QObject {
+class tst_FleetCommandLine : public QObject
+{
     Q_OBJECT
 
 private slots:

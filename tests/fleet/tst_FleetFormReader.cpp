@@ -14,7 +14,8 @@ QByteArray form(const QByteArray &content, const QByteArray &fileName = "1.2.3.b
 
 }
 
-class tst_FleetFormReader : public QObject {
+class tst_FleetFormReader : public QObject
+{
     Q_OBJECT
 
 private slots:

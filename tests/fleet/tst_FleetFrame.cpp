@@ -2,7 +2,8 @@
 
 #include <QTest>
 
-class tst_FleetFrame : public QObject {
+class tst_FleetFrame : public QObject
+{
     Q_OBJECT
 
 private slots:

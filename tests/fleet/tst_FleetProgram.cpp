@@ -1,4 +1,5 @@
 #include "FleetProcess.h"
+#include "TestNetwork.h"
 #include "Workstation.h"
 
 #include <QCryptographicHash>
@@ -9,6 +10,8 @@
 #include <QTcpSocket>
 #include <QTest>
 #include <QtEndian>
+
+using TestNetwork::atCameras;
 
 namespace {
 
@@ -30,11 +33,6 @@ Ended run(const QString &program, const QStringList &arguments)
         process.waitForFinished(longestWaitMs) && process.exitStatus() == QProcess::NormalExit;
     return {good ? process.exitCode() : -1, process.readAllStandardOutput(),
         process.readAllStandardError()};
-}
-
-QStringList atCameras(const QStringList &command)
-{
-    return QStringList{"-t", qEnvironmentVariable("VORLYN_TEST_CAMERA_PID"), "-n"} + command;
 }
 
 Ended runFleet(const QStringList &arguments)
@@ -85,7 +83,8 @@ Upload upload(const QString &path, const QString &ip, const QStringList &more = 
 }
 
 // The program as its users have it: in the cameras' namespace, met with plain sockets and curl.
-class tst_FleetProgram : public QObject {
+class tst_FleetProgram : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -138,6 +137,7 @@ private slots:
     void page();
     void otherRequests_data();
     void otherRequests();
+    void endlessHead();
     void wrongUploads_data();
     void wrongUploads();
     void httpFaults_data();
@@ -344,15 +344,11 @@ void tst_FleetProgram::interrupt()
 
 void tst_FleetProgram::addressesOfOthersStay()
 {
-    QCOMPARE(
-        run("nsenter", atCameras({"ip", "addr", "add", "10.77.0.12/24", "dev", "cam-a"})).status,
-        0);
+    QVERIFY(TestNetwork::runAtCameras("ip addr add 10.77.0.12/24 dev cam-a"));
     start();
     QVERIFY(fleet->stop());
     QCOMPARE(cameraAddresses(), QStringList({"10.77.0.2/24", "10.77.0.12/24"}));
-    QCOMPARE(
-        run("nsenter", atCameras({"ip", "addr", "del", "10.77.0.12/24", "dev", "cam-a"})).status,
-        0);
+    QVERIFY(TestNetwork::runAtCameras("ip addr del 10.77.0.12/24 dev cam-a"));
 }
 
 void tst_FleetProgram::search()
@@ -367,7 +363,7 @@ void tst_FleetProgram::search()
         QCOMPARE(object["ip"].toString(), replies.at(i).from.toString());
         QCOMPARE(object["mac"].toString(), QStringLiteral("02:56:4C:00:00:0%1").arg(1 + i));
         QCOMPARE(replies.at(i).datagram,
-            Workstation::frame(QJsonDocument(object).toJson(QJsonDocument::Compact)));
+            TestNetwork::frame(QJsonDocument(object).toJson(QJsonDocument::Compact)));
     }
     const QVector<QJsonObject> lines = fleet->events("request");
     QCOMPARE(lines.size(), 3);
@@ -587,7 +583,7 @@ void tst_FleetProgram::otherInterfaceUnheard()
     sender.setMulticastInterface(QNetworkInterface::interfaceFromName("veth-b"));
     FleetProcess others("cam-b", 1, "10.88.0.11");
     QVERIFY(others.start());
-    const QByteArray request = Workstation::frame(
+    const QByteArray request = TestNetwork::frame(
         R"({"id":1,"method":"SetName","srcid":"X","destarray":["all"],"name":"other"})");
     QCOMPARE(sender.writeDatagram(request, QHostAddress("239.255.255.250"), 5888),
         qint64(request.size()));
@@ -870,6 +866,18 @@ void tst_FleetProgram::otherRequests()
     QVERIFY2(answer.startsWith("HTTP/1.1 " + status + " "), answer);
     QCOMPARE(fleet->events("http").size(), 1);
     QVERIFY(fleet->events("restart").isEmpty());
+}
+
+void tst_FleetProgram::endlessHead()
+{
+    start();
+    QTcpSocket socket;
+    socket.connectToHost("10.77.0.11", 80);
+    QVERIFY(socket.waitForConnected(longestWaitMs));
+    socket.write(QByteArray(80000, 'h'));
+    QVERIFY(socket.waitForDisconnected(longestWaitMs)
+        || socket.state() == QAbstractSocket::UnconnectedState);
+    QVERIFY(fleet->events("http").isEmpty());
 }
 
 void tst_FleetProgram::wrongUploads_data()

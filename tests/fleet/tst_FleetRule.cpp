@@ -29,7 +29,8 @@ QJsonObject objectOf(const QByteArray &datagram)
 
 }
 
-class tst_FleetRule : public QObject {
+class tst_FleetRule : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -18,7 +18,8 @@ QVector<FleetCamera> threeCameras()
 
 }
 
-class tst_FleetScenario : public QObject {
+class tst_FleetScenario : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -4,7 +4,8 @@
 
 #include <algorithm>
 
-class tst_HostAddresses : public QObject {
+class tst_HostAddresses : public QObject
+{
     Q_OBJECT
 
 private slots:

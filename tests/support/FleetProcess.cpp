@@ -1,5 +1,7 @@
 #include "FleetProcess.h"
 
+#include "TestNetwork.h"
+
 #include <QFile>
 #include <QJsonDocument>
 
@@ -39,9 +41,7 @@ void FleetProcess::setScenario(const QJsonObject &scenario)
 
 bool FleetProcess::start()
 {
-    const QStringList inCameras = {"-t", qEnvironmentVariable("VORLYN_TEST_CAMERA_PID"), "-n",
-        QStringLiteral(VORLYN_FLEET)};
-    process.start("nsenter", inCameras + options);
+    process.start("nsenter", TestNetwork::atCameras(QStringList(VORLYN_FLEET) + options));
     while (process.state() != QProcess::NotRunning) {
         if (process.canReadLine())
             return process.readLine().startsWith("READY");

@@ -3,21 +3,18 @@
 #include <QMutex>
 #include <QStringList>
 
-// Takes Qt's log for as long as it lives. Any thread may log meanwhile. One at a time.
+// Takes Qt's log for as long as it lives and passes on what is more than a diagnosis: warnings and
+// a test's own figures. Any thread may log, also while it comes or goes. One at a time.
 class LogCatcher
 {
 public:
     LogCatcher()
     {
-        current() = this;
-        previous = qInstallMessageHandler(handler);
+        clear();
+        previous = qInstallMessageHandler(take);
     }
 
-    ~LogCatcher()
-    {
-        qInstallMessageHandler(previous);
-        current() = nullptr;
-    }
+    ~LogCatcher() { qInstallMessageHandler(previous); }
 
     QStringList lines() const
     {
@@ -25,24 +22,39 @@ public:
         return caught;
     }
 
-    int count(const QString &part) const { return lines().filter(part).size(); }
+    int count(const QString &line) const { return lines().count(line); }
+
+    // Lines that begin so.
+    QStringList beginning(const QString &text) const
+    {
+        QStringList found;
+        for (const QString &line : lines()) {
+            if (line.startsWith(text))
+                found.append(line);
+        }
+        return found;
+    }
+
+    void clear()
+    {
+        QMutexLocker lock(&mutex);
+        caught.clear();
+    }
 
 private:
     Q_DISABLE_COPY(LogCatcher)
 
-    static LogCatcher *&current()
+    static void take(QtMsgType type, const QMessageLogContext &context, const QString &message)
     {
-        static LogCatcher *catcher = nullptr;
-        return catcher;
+        {
+            QMutexLocker lock(&mutex);
+            caught.append(message);
+        }
+        if (type != QtDebugMsg)
+            previous(type, context, message);
     }
 
-    static void handler(QtMsgType, const QMessageLogContext &, const QString &message)
-    {
-        QMutexLocker lock(&current()->mutex);
-        current()->caught.append(message);
-    }
-
-    mutable QMutex mutex;
-    QStringList caught;
-    QtMessageHandler previous;
+    static inline QMutex mutex;
+    static inline QStringList caught;
+    static inline QtMessageHandler previous = nullptr;
 };

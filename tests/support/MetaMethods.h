@@ -15,8 +15,9 @@ inline QStringList ownMethods(const QMetaObject &meta)
     QStringList methods;
     for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
         const QMetaMethod method = meta.method(i);
-        methods << QStringLiteral("%1 %2 %3").arg(accesses[method.access()],
-            kinds[method.methodType()], QString::fromLatin1(method.methodSignature()));
+        methods << QStringLiteral("%1 %2 %3")
+                       .arg(accesses[method.access()], kinds[method.methodType()],
+                           QString::fromLatin1(method.methodSignature()));
     }
     return methods;
 }

@@ -24,9 +24,7 @@ template <class Dialog> class ModalDriver
 public:
     using Action = std::function<void(Dialog &)>;
 
-    explicit ModalDriver(Action action, int timeout = 30000) :
-        action(action),
-        timeout(timeout)
+    explicit ModalDriver(Action action, int timeout = 30000) : action(action), timeout(timeout)
     {
         clock.start();
         QObject::connect(&timer, &QTimer::timeout, &timer, [this] { poll(); });

@@ -34,11 +34,11 @@ inline QRect paintedArea(const QImage &image)
 class PaintCounter : public QObject
 {
 public:
-    explicit PaintCounter(QWidget &widget) :
-        widget(widget)
+    explicit PaintCounter(QWidget &widget) : widget(widget)
     {
         widget.installEventFilter(this);
         widget.setWindowFlag(Qt::X11BypassWindowManagerHint);
+        widget.resize(100, 100); // some have no size of their own
         widget.show();
     }
 

@@ -11,8 +11,7 @@ class SettingsFile
 public:
     explicit SettingsFile(const QString &folder = QCoreApplication::applicationDirPath()) :
         folder(folder)
-    {
-    }
+    { }
 
     // In place of whatever there was.
     void write(const QVariantMap &values) const
