@@ -1,0 +1,73 @@
+#include "QCheckBoxHeaderWidget.h"
+
+#include <QCheckBox>
+#include <QScopedPointer>
+#include <QTableWidget>
+#include <QtTest>
+
+class tst_QCheckBoxHeaderWidget : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void boxLiesOnTheViewport();
+    void boxFollowsTheFirstSection_data();
+    void boxFollowsTheFirstSection();
+    void otherSectionsDontMoveIt();
+
+private:
+    QPoint centred(int sectionWidth) const
+    {
+        return {(sectionWidth - header->checkBox->width()) / 2, 5};
+    }
+
+    QScopedPointer<QTableWidget> table;
+    QCheckBoxHeaderWidget *header = nullptr;
+};
+
+void tst_QCheckBoxHeaderWidget::init()
+{
+    table.reset(new QTableWidget);
+    header = new QCheckBoxHeaderWidget(table.data());
+    table->setHorizontalHeader(header);
+    table->setColumnCount(3);
+    table->resize(500, 200);
+    table->show();
+    QVERIFY(QTest::qWaitForWindowExposed(table.data()));
+}
+
+void tst_QCheckBoxHeaderWidget::boxLiesOnTheViewport()
+{
+    QCOMPARE(header->orientation(), Qt::Horizontal);
+    QVERIFY(header->sectionsClickable());
+    QCOMPARE(header->checkBox->parentWidget(), header->viewport());
+    QCOMPARE(header->checkBox->objectName(), QString("checkBox"));
+    QCOMPARE(header->checkBox->size(), header->checkBox->sizeHint());
+    QCOMPARE(header->checkBox->pos(), centred(header->sectionSize(0)));
+}
+
+void tst_QCheckBoxHeaderWidget::boxFollowsTheFirstSection_data()
+{
+    QTest::addColumn<int>("width");
+    for (int width : {30, 81, 300})
+        QTest::addRow("%d", width) << width;
+}
+
+void tst_QCheckBoxHeaderWidget::boxFollowsTheFirstSection()
+{
+    QFETCH(int, width);
+    header->resizeSection(0, width);
+    QCOMPARE(header->checkBox->pos(), centred(width));
+}
+
+void tst_QCheckBoxHeaderWidget::otherSectionsDontMoveIt()
+{
+    header->checkBox->move(77, 3); // wherever it is, nobody touches it
+    header->resizeSection(1, 222);
+    QCOMPARE(header->checkBox->pos(), QPoint(77, 3));
+    header->resizeSection(0, 60);
+    QCOMPARE(header->checkBox->pos(), centred(60));
+}
+
+QTEST_MAIN(tst_QCheckBoxHeaderWidget)
+#include "tst_QCheckBoxHeaderWidget.moc"
