@@ -1,0 +1,87 @@
+#!/usr/bin/env bash
+# run.sh            installs what is missing, builds, and opens the program in a private network
+#                   with eight simulated cameras. On a machine with no display it uses a virtual
+#                   one and writes screenshots in both languages to build/screenshots.
+# run.sh --real     opens the program on this machine's own network instead.
+# Works as root and as an ordinary user who may make user namespaces.
+set -eu
+root=$(cd "$(dirname "$0")/.." && pwd)
+bin=$root/build/release/bin
+screenshots=$root/build/screenshots
+. "$root/scripts/lib/packages.sh"
+. "$root/scripts/lib/network.sh"
+. "$root/scripts/lib/display.sh"
+
+case ${1:-} in
+    '' | --real) ;;
+    *) sed -n '2,6s/^# //p' "$0"; [ "$1" = --help ] && exit 0; exit 2 ;;
+esac
+
+if [ -z "${VORLYN_IN_NETWORK:-}" ]; then
+    # shellcheck disable=SC2086 # lists of names
+    needed="$build_packages $run_packages"
+    [ -n "${DISPLAY:-}" ] || needed+=" $screen_packages"
+    install_packages $needed
+    cd "$root"
+    cmake --preset release >/dev/null
+    cmake --build --preset release --target VorlynIPTool vorlyn-fleet LanguageFiles
+fi
+if [ "${1:-}" = --real ]; then
+    exec "$bin/VorlynIPTool"
+fi
+enter_network "$0" "$@"
+
+work=$(mktemp -d)
+camera= fleet= program= display_pids=
+finish() {
+    # The fleet first: it still puts its addresses away.
+    for pid in $program $fleet $camera $display_pids; do
+        kill "$pid" 2>/dev/null && wait "$pid" 2>/dev/null || true
+    done
+    rm -rf "$work"
+}
+trap finish EXIT
+trap 'exit 143' TERM INT
+
+start_fleet() {
+    # Not through in_cameras: the shell that a function gets would be ended in its place.
+    nsenter -t "$camera" -n "$bin/vorlyn-fleet" --interface cam-a --count 8 --first-address 10.77.0.11 \
+        --journal "$work/journal" >"$work/fleet" &
+    fleet=$!
+    await grep -q READY "$work/fleet"
+}
+
+# windows N: exactly N windows of the program are on the screen.
+windows() {
+    [ "$(xdotool search --onlyvisible --class VorlynIPTool 2>/dev/null | wc -l)" -eq "$1" ]
+}
+shot() { import -window root "$screenshots/$1.png"; }
+
+# take_screenshots LANGUAGE: runs a copy of the program with settings of its own.
+take_screenshots() {
+    local folder=$work/$1
+    mkdir -p "$folder/configure"
+    cp -r "$bin/VorlynIPTool" "$bin/language" "$folder"
+    printf '[General]\nlangage=%s\nsearch%%20seconds=2\n' "$1" >"$folder/configure/configure.ini"
+    "$folder/VorlynIPTool" >/dev/null 2>&1 &
+    program=$!
+    await windows 2
+    shot "searching-$1"
+    await windows 1
+    shot "main-window-$1"
+    kill "$program"
+    wait "$program" || true
+    program=
+}
+
+make_network
+start_fleet
+if [ -n "${DISPLAY:-}" ]; then
+    "$bin/VorlynIPTool"
+else
+    make_display "$work"
+    mkdir -p "$screenshots"
+    take_screenshots en
+    take_screenshots cn
+    echo "No display here. Screenshots: $screenshots"
+fi

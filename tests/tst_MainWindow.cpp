@@ -1,0 +1,308 @@
+#include "MainWindow.h"
+
+#include "CVTableWidget.h"
+#include "FleetProcess.h"
+#include "LogCatcher.h"
+#include "MediaButton.h"
+#include "ModalDriver.h"
+#include "SettingsFile.h"
+#include "VorlynDeviceIPToolWidget.h"
+#include "VorlynDeviceVideoView.h"
+#include "VorlynDevicesWidget.h"
+#include "VorlynSDK.h"
+#include "VorlynSearchDialog.h"
+#include "WindowHeaderWidget.h"
+#include "ZRNetworkDialog.h"
+#include "ZRSettingsDialog.h"
+
+#include <QDesktopServices>
+#include <QMetaMethod>
+#include <QScopedPointer>
+#include <QUrl>
+#include <QtTest>
+
+// The window's own rules: order of its start, geometry, selection, focus. Four cameras answer;
+// one of them has no address and one no stream.
+class tst_MainWindow : public QObject
+{
+    Q_OBJECT
+
+public slots:
+    void openUrl(const QUrl &url) { opened.append(url); }
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void metaObject();
+    void startsWithASearch();
+    void childrenFollowTheSize_data();
+    void childrenFollowTheSize();
+    void neverSmallerThan();
+    void streamOfARow();
+    void columnsOfARowKeepTheStream();
+    void rowWithoutStream();
+    void noRow();
+    void doubleClick_data();
+    void doubleClick();
+    void focusGoesToThePanel();
+    void keysAreLeftToOthers();
+    void headerButtonsOpenTheirDialogs();
+    void printerButtonsDoNothingYet();
+    void stopsTheNetwork();
+    void withoutAnyInterface();
+
+private:
+    QWidget *child(const char *name) const
+    {
+        return window->findChild<QWidget *>(name, Qt::FindDirectChildrenOnly);
+    }
+    VorlynDevicesWidget *devices() const
+    {
+        return window->findChild<VorlynDevicesWidget *>("devicesWidget");
+    }
+    CVTableWidget *table() const { return devices()->tableWidget(); }
+    VorlynDeviceVideoView *video() const
+    {
+        return window->findChild<VorlynDeviceVideoView *>("videoView");
+    }
+    VorlynDeviceIPToolWidget *panel() const
+    {
+        return window->findChild<VorlynDeviceIPToolWidget *>("contentWidget");
+    }
+    WindowHeaderWidget *header() const
+    {
+        return window->findChild<WindowHeaderWidget *>("header");
+    }
+
+    QScopedPointer<FleetProcess> fleet;
+    QScopedPointer<MainWindow> window;
+    QList<QUrl> opened;
+};
+
+void tst_MainWindow::initTestCase()
+{
+    QDesktopServices::setUrlHandler("http", this, "openUrl");
+    fleet.reset(new FleetProcess("cam-a", 4, "10.77.0.11"));
+    const QJsonObject withoutAddress
+        = {{"camera", 3}, {"rules", QJsonArray{QJsonObject{{"on", "search"}, {"set", QJsonObject{{"ip", ""}}}}}}};
+    const QJsonObject withoutStream = {{"camera", 4}, {"fields", QJsonObject{{"rtsppath1", ""}}}};
+    fleet->setScenario({{"cameras", QJsonArray{withoutAddress, withoutStream}}});
+    QVERIFY(fleet->start());
+}
+
+void tst_MainWindow::init()
+{
+    SettingsFile().write({{"search seconds", 1}, {"network name", "veth-a"}});
+    VorlynSDK::createInstance();
+    window.reset(new MainWindow);
+    opened.clear();
+}
+
+void tst_MainWindow::cleanup()
+{
+    window.reset();
+    VorlynSDK::destroyInstance();
+}
+
+void tst_MainWindow::metaObject()
+{
+    const QMetaObject &meta = MainWindow::staticMetaObject;
+    QCOMPARE(meta.className(), "MainWindow");
+    QCOMPARE(meta.methodCount(), meta.methodOffset());
+}
+
+void tst_MainWindow::startsWithASearch()
+{
+    QVERIFY(window->isMaximized());
+    QVERIFY(window->windowTitle().isEmpty());
+    QCOMPARE(table()->rowCount(), 4);
+    QCOMPARE(table()->currentRow(), 0);
+    QCOMPARE(table()->currentColumn(), 2);
+    QCOMPARE(panel()->device().ip(), QString("10.77.0.11"));
+    QVERIFY(panel()->isEnabled());
+    QCOMPARE(video()->url(), QString("rtsp://10.77.0.11:8554/live1"));
+
+    QNetworkInterface interface;
+    QNetworkAddressEntry address;
+    VorlynSDK::instance()->currentNetwork(interface, address);
+    QCOMPARE(interface.humanReadableName(), QString("veth-a"));
+    QCOMPARE(address.ip().toString(), QString("10.77.0.1"));
+}
+
+void tst_MainWindow::childrenFollowTheSize_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QRect>("expected");
+
+    const struct {
+        QSize size;
+        const char *name;
+        QRect expected;
+    } rows[] = {
+        {{800, 500}, "header", {2, 2, 796, 26}},
+        {{800, 500}, "devicesWidget", {400, 27, 400, 73}},
+        {{800, 500}, "videoView", {0, 27, 400, 73}},
+        {{800, 500}, "contentWidget", {0, 99, 800, 400}},
+        {{1500, 900}, "header", {2, 2, 1496, 26}},
+        {{1500, 900}, "devicesWidget", {1100, 27, 400, 473}},
+        {{1500, 900}, "videoView", {0, 27, 1100, 473}},
+        {{1500, 900}, "contentWidget", {0, 499, 1500, 400}},
+        {{901, 777}, "header", {2, 2, 897, 26}},
+        {{901, 777}, "devicesWidget", {501, 27, 400, 350}},
+        {{901, 777}, "videoView", {0, 27, 501, 350}},
+        {{901, 777}, "contentWidget", {0, 376, 901, 400}},
+    };
+    for (const auto &row : rows)
+        QTest::addRow("%dx%d %s", row.size.width(), row.size.height(), row.name)
+            << row.size << row.name << row.expected;
+}
+
+void tst_MainWindow::childrenFollowTheSize()
+{
+    QFETCH(QSize, size);
+    QFETCH(QString, name);
+    QFETCH(QRect, expected);
+
+    window->showNormal();
+    window->resize(size);
+    QTRY_COMPARE(window->size(), size);
+    QTRY_COMPARE(child(qPrintable(name))->geometry(), expected);
+}
+
+void tst_MainWindow::neverSmallerThan()
+{
+    QCOMPARE(window->minimumSize(), QSize(800, 500));
+}
+
+void tst_MainWindow::streamOfARow()
+{
+    devices()->setCurrentCell(1, 2);
+    QCOMPARE(video()->url(), QString("rtsp://10.77.0.12:8554/live1"));
+    QCOMPARE(panel()->device().ip(), QString("10.77.0.12"));
+}
+
+void tst_MainWindow::columnsOfARowKeepTheStream()
+{
+    devices()->setCurrentCell(1, 2);
+    // The pane plays nothing yet, so that the column change opens the row's stream again.
+    video()->play("rtsp://elsewhere/");
+    devices()->setCurrentCell(1, 3);
+    QCOMPARE(video()->isPlaying(), false);
+    QCOMPARE(video()->url(), QString("rtsp://10.77.0.12:8554/live1"));
+    QCOMPARE(panel()->device().ip(), QString("10.77.0.12"));
+}
+
+void tst_MainWindow::rowWithoutStream()
+{
+    devices()->setCurrentCell(3, 2);
+    QCOMPARE(video()->url(), QString());
+    video()->play("rtsp://elsewhere/");
+    devices()->setCurrentCell(3, 3); // the same row: an empty address is not played
+    QCOMPARE(video()->url(), QString("rtsp://elsewhere/"));
+}
+
+void tst_MainWindow::noRow()
+{
+    video()->play("rtsp://elsewhere/");
+    devices()->setCurrentCell(-1, -1);
+    QCOMPARE(video()->url(), QString("rtsp://elsewhere/"));
+    QVERIFY(!panel()->device().isValid());
+    QVERIFY(!panel()->isEnabled());
+}
+
+void tst_MainWindow::doubleClick_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("url");
+
+    QTest::newRow("address") << 1 << 3 << "http://10.77.0.12";
+    QTest::newRow("MAC") << 1 << 2 << "";
+    QTest::newRow("number") << 0 << 1 << "";
+    QTest::newRow("camera without an address") << 2 << 3 << "";
+}
+
+void tst_MainWindow::doubleClick()
+{
+    QFETCH(int, row);
+    QFETCH(int, column);
+    QFETCH(QString, url);
+
+    const LogCatcher log;
+    emit table()->doubleClicked(table()->model()->index(row, column));
+    QCOMPARE(log.count(QString("index = %1, %2").arg(row).arg(column)), 1);
+    QCOMPARE(opened, url.isEmpty() ? QList<QUrl>() : QList<QUrl>{QUrl(url)});
+}
+
+void tst_MainWindow::focusGoesToThePanel()
+{
+    window->activateWindow();
+    QTRY_VERIFY(window->isActiveWindow());
+    QCOMPARE(window->focusWidget(), panel());
+    table()->setFocus();
+    QCOMPARE(window->focusWidget(), table());
+    window->setFocus();
+    QTRY_COMPARE(window->focusWidget(), panel());
+}
+
+void tst_MainWindow::keysAreLeftToOthers()
+{
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_F5, Qt::NoModifier);
+    QCoreApplication::sendEvent(window.data(), &press);
+    QVERIFY(!press.isAccepted());
+}
+
+void tst_MainWindow::headerButtonsOpenTheirDialogs()
+{
+    {
+        const ModalDriver<ZRSettingsDialog> driver([](ZRSettingsDialog &dialog) { dialog.reject(); });
+        emit header()->settingsButton->clicked();
+    }
+    {
+        const ModalDriver<ZRNetworkDialog> driver([](ZRNetworkDialog &dialog) { dialog.reject(); });
+        emit header()->networkButton->clicked();
+    }
+    {
+        const ModalDriver<VorlynSearchDialog> driver([](VorlynSearchDialog &dialog) { dialog.reject(); });
+        emit header()->searchButton->clicked();
+    }
+}
+
+void tst_MainWindow::printerButtonsDoNothingYet()
+{
+    const QWidgetList before = QApplication::topLevelWidgets();
+    emit header()->printerButton->clicked();
+    emit header()->scanCodeButton->clicked();
+    QCOMPARE(QApplication::topLevelWidgets(), before);
+}
+
+void tst_MainWindow::stopsTheNetwork()
+{
+    const int before = fleet->requests("search").size();
+    window.reset();
+    // Nothing takes requests off the queue any more: one that is posted now never leaves.
+    QVector<VorlynDevice> found;
+    VorlynSDK::instance()->searchDevices(found, 0.3);
+    QVERIFY(found.isEmpty());
+    QCOMPARE(fleet->requests("search").size(), before);
+}
+
+void tst_MainWindow::withoutAnyInterface()
+{
+    window.reset();
+    QVERIFY(QProcess::execute("ip", {"link", "set", "veth-a", "down"}) == 0);
+    QVERIFY(QProcess::execute("ip", {"link", "set", "veth-b", "down"}) == 0);
+    QTRY_VERIFY(VorlynSDK::availableInterfaces().isEmpty());
+    window.reset(new MainWindow);
+    QCOMPARE(table()->rowCount(), 0);
+    QVERIFY(!panel()->isEnabled());
+    window.reset();
+    QVERIFY(QProcess::execute("ip", {"link", "set", "veth-a", "up"}) == 0);
+    QVERIFY(QProcess::execute("ip", {"link", "set", "veth-b", "up"}) == 0);
+    QTRY_COMPARE(VorlynSDK::availableInterfaces().size(), 2);
+}
+
+QTEST_MAIN(tst_MainWindow)
+#include "tst_MainWindow.moc"
