@@ -46,8 +46,7 @@ public:
 private:
     static bool hasWindow(const QByteArray &line) { return line.contains("0x"); }
 
-    template <typename Test>
-    void waitForLine(Test test)
+    template <typename Test> void waitForLine(Test test)
     {
         forever {
             while (spy.canReadLine()) {
@@ -107,8 +106,8 @@ QMap<QString, qint64> threadTicks(qint64 pid)
         const int open = line.indexOf('('), close = line.lastIndexOf(')');
         const QStringList fields = line.mid(close + 2).split(' ');
         const QString name = line.mid(open + 1, close - open - 1);
-        ticks[QStringLiteral("%1 (%2)").arg(name, task)]
-            = fields[11].toLongLong() + fields[12].toLongLong();
+        ticks[QStringLiteral("%1 (%2)").arg(name, task)] =
+            fields[11].toLongLong() + fields[12].toLongLong();
     }
     return ticks;
 }
@@ -130,7 +129,8 @@ void measureIdle(const QString &program)
     for (auto it = after.begin(); it != after.end(); ++it) {
         const double percent = (it.value() - before.value(it.key())) * perTick;
         sum += percent;
-        std::printf("idle after a search, %-32s %5.2f %% of a core\n", qPrintable(it.key()), percent);
+        std::printf(
+            "idle after a search, %-32s %5.2f %% of a core\n", qPrintable(it.key()), percent);
     }
     std::printf("idle after a search, %-32s %5.2f %% of a core\n", "all threads", sum);
 }

@@ -35,8 +35,7 @@ void settle(QWidget *window)
     window->repaint();
 }
 
-template <typename Step>
-double milliseconds(Step step)
+template <typename Step> double milliseconds(Step step)
 {
     QElapsedTimer timer;
     timer.start();

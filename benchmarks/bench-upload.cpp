@@ -24,8 +24,7 @@ qint64 peakMemory()
     return 0;
 }
 
-template <typename Step>
-double megabytesPerSecond(qint64 size, Step step)
+template <typename Step> double megabytesPerSecond(qint64 size, Step step)
 {
     QElapsedTimer timer;
     timer.start();

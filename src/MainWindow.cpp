@@ -9,6 +9,7 @@
 #include "VorlynSearchDialog.h"
 #include "WindowHeaderWidget.h"
 #include "ZRConfigure.h"
+#include "ZRNamedChild.h"
 #include "ZRNetworkDialog.h"
 #include "ZRSettingsDialog.h"
 
@@ -24,17 +25,12 @@ const int listWidth = 400;
 
 MainWindow::MainWindow(QWidget *parent) :
     QMainWindow(parent),
-    header(new WindowHeaderWidget(this)),
-    contentWidget(new VorlynDeviceIPToolWidget(this)),
-    videoView(new VorlynDeviceVideoView(this)),
-    devicesWidget(new VorlynDevicesWidget(this)),
+    header(namedChild<WindowHeaderWidget>(this, "header")),
+    contentWidget(namedChild<VorlynDeviceIPToolWidget>(this, "contentWidget")),
+    videoView(namedChild<VorlynDeviceVideoView>(this, "videoView")),
+    devicesWidget(namedChild<VorlynDevicesWidget>(this, "devicesWidget")),
     currentRow(-1)
 {
-    header->setObjectName(QStringLiteral("header"));
-    contentWidget->setObjectName(QStringLiteral("contentWidget"));
-    videoView->setObjectName(QStringLiteral("videoView"));
-    devicesWidget->setObjectName(QStringLiteral("devicesWidget"));
-
     setMinimumSize(800, 500);
     showMaximized();
     connectChildren();
@@ -43,7 +39,7 @@ MainWindow::MainWindow(QWidget *parent) :
     contentWidget->setDevice(VorlynDevice());
     contentWidget->setDevicesWidget(devicesWidget);
     contentWidget->setVisible(true);
-    contentWidget->setFocus(Qt::OtherFocusReason);
+    focusContent();
     onClickSearch();
 }
 
@@ -75,6 +71,7 @@ void MainWindow::connectChildren()
         connect(click.button, &MediaButton::clicked, this, click.slot);
 }
 
+// Without a usable interface the network starts all the same, on none: its threads go on trying.
 void MainWindow::startSavedNetwork()
 {
     const ZRConfigure configure;
@@ -93,7 +90,13 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
 void MainWindow::focusInEvent(QFocusEvent *event)
 {
     QMainWindow::focusInEvent(event);
-    contentWidget->setFocus(Qt::OtherFocusReason);
+    focusContent();
+}
+
+void MainWindow::focusContent()
+{
+    if (contentWidget)
+        contentWidget->setFocus(Qt::OtherFocusReason);
 }
 
 // Each child is placed by the fresh geometry of the one before. bottom() and left() are QRect's:
@@ -143,7 +146,7 @@ void MainWindow::onClickSearch()
         devicesWidget->setDevices(dialog.devices());
         devicesWidget->setCurrentCell(0, 2);
     }
-    contentWidget->setFocus(Qt::OtherFocusReason);
+    focusContent();
 }
 
 void MainWindow::onClickSettings()
@@ -151,9 +154,10 @@ void MainWindow::onClickSettings()
     ZRSettingsDialog(nullptr).exec();
 }
 
-void MainWindow::onClickPrinterSettings() {}
+// There are no printer dialogs yet.
+void MainWindow::onClickPrinterSettings() { }
 
-void MainWindow::onClickScanCode() {}
+void MainWindow::onClickScanCode() { }
 
 void MainWindow::onCurrentCellChanged(int row, int column, int previousRow, int previousColumn)
 {
@@ -162,7 +166,8 @@ void MainWindow::onCurrentCellChanged(int row, int column, int previousRow, int 
 
     const VorlynDevice device = devicesWidget->device(row);
     if (row == currentRow || row == -1) {
-        // Another column of the same row: a stream that runs goes on, one that failed starts anew.
+        // Another column of the same row: a stream that runs goes on, one that failed or that a
+        // search has stopped starts anew. No row leaves the stream, and currentRow, as they are.
         if (!videoView->isPlaying() && !device.rtspPath().isEmpty())
             videoView->play(device.rtspPath());
     } else {
@@ -174,7 +179,8 @@ void MainWindow::onCurrentCellChanged(int row, int column, int previousRow, int 
         contentWidget->setDevice(device);
 }
 
-void MainWindow::onCellClicked(const QModelIndex &) {}
+// A click does no more than what the table does with it.
+void MainWindow::onCellClicked(const QModelIndex &) { }
 
 void MainWindow::onCellDoubleClicked(const QModelIndex &index)
 {

@@ -35,6 +35,7 @@ private:
     void onClickScanCode();
     void connectChildren();
     void startSavedNetwork();
+    void focusContent(); // so that keys reach the panel
 
     WindowHeaderWidget *header;
     VorlynDeviceContentWidget *contentWidget;

@@ -15,9 +15,13 @@
 #include "ZRNetworkDialog.h"
 #include "ZRSettingsDialog.h"
 
+#include <QComboBox>
 #include <QDesktopServices>
+#include <QElapsedTimer>
+#include <QMenuBar>
 #include <QMetaMethod>
 #include <QScopedPointer>
+#include <QStatusBar>
 #include <QUrl>
 #include <QtTest>
 
@@ -36,6 +40,8 @@ private slots:
     void cleanup();
     void metaObject();
     void startsWithASearch();
+    void startsOnTheSavedNetwork_data();
+    void startsOnTheSavedNetwork();
     void childrenFollowTheSize_data();
     void childrenFollowTheSize();
     void neverSmallerThan();
@@ -43,11 +49,20 @@ private slots:
     void columnsOfARowKeepTheStream();
     void rowWithoutStream();
     void noRow();
+    void noRowKeepsTheCurrentOne();
+    void searchStartsTheStreamAgain_data();
+    void searchStartsTheStreamAgain();
+    void searchReadsItsSeconds();
+    void cancelledSearch();
     void doubleClick_data();
     void doubleClick();
+    void doubleClickOfTheMouse();
+    void clickDoesNothing();
     void focusGoesToThePanel();
     void keysAreLeftToOthers();
     void headerButtonsOpenTheirDialogs();
+    void refusedNetworkKeepsAll();
+    void networkWithoutSdk();
     void printerButtonsDoNothingYet();
     void stopsTheNetwork();
     void withoutAnyInterface();
@@ -70,24 +85,25 @@ private:
     {
         return window->findChild<VorlynDeviceIPToolWidget *>("contentWidget");
     }
-    WindowHeaderWidget *header() const
-    {
-        return window->findChild<WindowHeaderWidget *>("header");
-    }
+    WindowHeaderWidget *header() const { return window->findChild<WindowHeaderWidget *>("header"); }
 
     QScopedPointer<FleetProcess> fleet;
     QScopedPointer<MainWindow> window;
     QList<QUrl> opened;
 };
 
+static const QString firstStream = "rtsp://10.77.0.11:8554/live1";
+
 void tst_MainWindow::initTestCase()
 {
     QDesktopServices::setUrlHandler("http", this, "openUrl");
     fleet.reset(new FleetProcess("cam-a", 4, "10.77.0.11"));
-    const QJsonObject withoutAddress
-        = {{"camera", 3}, {"rules", QJsonArray{QJsonObject{{"on", "search"}, {"set", QJsonObject{{"ip", ""}}}}}}};
+    const QJsonObject noAddress = {
+        {"on", "search"}, {"set", QJsonObject{{"ip", ""}}}, {"delay-ms", 250}};
+    const QJsonObject withoutAddress = {{"camera", 3}, {"rules", QJsonArray{noAddress}}};
     const QJsonObject withoutStream = {{"camera", 4}, {"fields", QJsonObject{{"rtsppath1", ""}}}};
-    fleet->setScenario({{"cameras", QJsonArray{withoutAddress, withoutStream}}});
+    fleet->setScenario(
+        {{"cameras", QJsonArray{withoutAddress, withoutStream, FleetProcess::unhurried()}}});
     QVERIFY(fleet->start());
 }
 
@@ -116,18 +132,49 @@ void tst_MainWindow::startsWithASearch()
 {
     QVERIFY(window->isMaximized());
     QVERIFY(window->windowTitle().isEmpty());
+    QVERIFY(!window->findChild<QMenuBar *>());
+    QVERIFY(!window->findChild<QStatusBar *>());
     QCOMPARE(table()->rowCount(), 4);
     QCOMPARE(table()->currentRow(), 0);
     QCOMPARE(table()->currentColumn(), 2);
     QCOMPARE(panel()->device().ip(), QString("10.77.0.11"));
     QVERIFY(panel()->isEnabled());
-    QCOMPARE(video()->url(), QString("rtsp://10.77.0.11:8554/live1"));
+    QCOMPARE(video()->url(), firstStream);
+}
+
+void tst_MainWindow::startsOnTheSavedNetwork_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("ip");
+    QTest::addColumn<QString>("startedIp");
+
+    QTest::newRow("name") << "veth-a"
+                          << ""
+                          << "10.77.0.1";
+    QTest::newRow("other name") << "veth-b"
+                                << ""
+                                << "10.88.0.1";
+    QTest::newRow("second address") << "veth-b"
+                                    << "10.89.0.1"
+                                    << "10.89.0.1";
+}
+
+void tst_MainWindow::startsOnTheSavedNetwork()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, ip);
+    QCOMPARE(QProcess::execute("ip", {"address", "replace", "10.89.0.1/24", "dev", "veth-b"}), 0);
+    window.reset();
+    SettingsFile().write({{"search seconds", 1}, {"network name", name}, {"network ip", ip}});
+    window.reset(new MainWindow);
 
     QNetworkInterface interface;
     QNetworkAddressEntry address;
     VorlynSDK::instance()->currentNetwork(interface, address);
-    QCOMPARE(interface.humanReadableName(), QString("veth-a"));
-    QCOMPARE(address.ip().toString(), QString("10.77.0.1"));
+    QCOMPARE(QProcess::execute("ip", {"address", "del", "10.89.0.1/24", "dev", "veth-b"}), 0);
+    QCOMPARE(interface.humanReadableName(), name);
+    QTEST(address.ip().toString(), "startedIp");
+    QCOMPARE(table()->rowCount(), name == "veth-a" ? 4 : 0); // cameras answer on the first only
 }
 
 void tst_MainWindow::childrenFollowTheSize_data()
@@ -212,6 +259,65 @@ void tst_MainWindow::noRow()
     QVERIFY(!panel()->isEnabled());
 }
 
+void tst_MainWindow::noRowKeepsTheCurrentOne()
+{
+    devices()->setCurrentCell(3, 2);
+    video()->play("rtsp://elsewhere/");
+    devices()->setCurrentCell(-1, -1);
+    devices()->setCurrentCell(3, 2); // no new row, so that its empty address is not played
+    QCOMPARE(video()->url(), QString("rtsp://elsewhere/"));
+    QVERIFY(panel()->isEnabled());
+}
+
+void tst_MainWindow::searchStartsTheStreamAgain_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::newRow("same row") << 0;
+    QTest::newRow("other row") << 1;
+}
+
+void tst_MainWindow::searchStartsTheStreamAgain()
+{
+    QFETCH(int, row);
+    devices()->setCurrentCell(row, 3);
+    table()->setFocus();
+    QString duringTheSearch = "untold";
+    const ModalDriver<VorlynSearchDialog> driver([&](VorlynSearchDialog &dialog) {
+        QVERIFY(!dialog.parentWidget());
+        duringTheSearch = video()->url();
+    });
+    emit header()->searchButton->clicked();
+    QCOMPARE(duringTheSearch, QString());
+    QCOMPARE(video()->url(), firstStream);
+    QCOMPARE(panel()->device().ip(), QString("10.77.0.11"));
+    QCOMPARE(table()->currentRow(), 0);
+    QCOMPARE(table()->currentColumn(), 2);
+    QCOMPARE(window->focusWidget(), panel());
+}
+
+void tst_MainWindow::searchReadsItsSeconds()
+{
+    SettingsFile().write({{"search seconds", 4}});
+    QElapsedTimer clock;
+    clock.start();
+    emit header()->searchButton->clicked();
+    QVERIFY2(clock.elapsed() >= 3950, qPrintable(QString::number(clock.elapsed())));
+}
+
+void tst_MainWindow::cancelledSearch()
+{
+    devices()->setCurrentCell(1, 3);
+    table()->setFocus();
+    const ModalDriver<VorlynSearchDialog> driver(
+        [](VorlynSearchDialog &dialog) { dialog.reject(); });
+    emit header()->searchButton->clicked();
+    QCOMPARE(video()->url(), QString()); // until another cell is chosen
+    QCOMPARE(table()->rowCount(), 4);
+    QCOMPARE(table()->currentRow(), 1);
+    QCOMPARE(table()->currentColumn(), 3);
+    QCOMPARE(window->focusWidget(), panel());
+}
+
 void tst_MainWindow::doubleClick_data()
 {
     QTest::addColumn<int>("row");
@@ -222,6 +328,7 @@ void tst_MainWindow::doubleClick_data()
     QTest::newRow("MAC") << 1 << 2 << "";
     QTest::newRow("number") << 0 << 1 << "";
     QTest::newRow("camera without an address") << 2 << 3 << "";
+    QTest::newRow("no cell") << -1 << -1 << "";
 }
 
 void tst_MainWindow::doubleClick()
@@ -234,6 +341,25 @@ void tst_MainWindow::doubleClick()
     emit table()->doubleClicked(table()->model()->index(row, column));
     QCOMPARE(log.count(QString("index = %1, %2").arg(row).arg(column)), 1);
     QCOMPARE(opened, url.isEmpty() ? QList<QUrl>() : QList<QUrl>{QUrl(url)});
+}
+
+void tst_MainWindow::doubleClickOfTheMouse()
+{
+    QWidget *cell = table()->cellWidget(1, 3);
+    QTest::mouseClick(cell, Qt::LeftButton);
+    QCOMPARE(opened, QList<QUrl>());
+    QTest::mouseDClick(cell, Qt::LeftButton);
+    QCOMPARE(opened, QList<QUrl>{QUrl("http://10.77.0.12")});
+    QCOMPARE(table()->currentRow(), 1);
+}
+
+void tst_MainWindow::clickDoesNothing()
+{
+    const LogCatcher log;
+    emit table()->clicked(table()->model()->index(1, 3));
+    QCOMPARE(log.lines(), QStringList());
+    QVERIFY(opened.isEmpty());
+    QCOMPARE(video()->url(), firstStream);
 }
 
 void tst_MainWindow::focusGoesToThePanel()
@@ -257,17 +383,52 @@ void tst_MainWindow::keysAreLeftToOthers()
 void tst_MainWindow::headerButtonsOpenTheirDialogs()
 {
     {
-        const ModalDriver<ZRSettingsDialog> driver([](ZRSettingsDialog &dialog) { dialog.reject(); });
+        const ModalDriver<ZRSettingsDialog> driver([](ZRSettingsDialog &dialog) {
+            QVERIFY(!dialog.parentWidget());
+            dialog.reject();
+        });
         emit header()->settingsButton->clicked();
     }
     {
-        const ModalDriver<ZRNetworkDialog> driver([](ZRNetworkDialog &dialog) { dialog.reject(); });
+        const ModalDriver<ZRNetworkDialog> driver([](ZRNetworkDialog &dialog) {
+            QVERIFY(!dialog.parentWidget());
+            dialog.reject();
+        });
         emit header()->networkButton->clicked();
     }
     {
-        const ModalDriver<VorlynSearchDialog> driver([](VorlynSearchDialog &dialog) { dialog.reject(); });
+        const ModalDriver<VorlynSearchDialog> driver(
+            [](VorlynSearchDialog &dialog) { dialog.reject(); });
         emit header()->searchButton->clicked();
     }
+}
+
+void tst_MainWindow::refusedNetworkKeepsAll()
+{
+    const int searches = fleet->requests("search").size();
+    const ModalDriver<ZRNetworkDialog> driver([](ZRNetworkDialog &dialog) {
+        dialog.findChild<QComboBox *>("networkComboBox")->setCurrentIndex(1);
+        dialog.reject();
+    });
+    emit header()->networkButton->clicked();
+    QNetworkInterface interface;
+    QNetworkAddressEntry address;
+    VorlynSDK::instance()->currentNetwork(interface, address);
+    QCOMPARE(address.ip().toString(), QString("10.77.0.1"));
+    QCOMPARE(video()->url(), firstStream);
+    QCOMPARE(fleet->requests("search").size(), searches);
+}
+
+// The choice is not applied, and no search follows.
+void tst_MainWindow::networkWithoutSdk()
+{
+    VorlynSDK::instance()->stopNetwork();
+    VorlynSDK::destroyInstance();
+    const ModalDriver<ZRNetworkDialog> driver([](ZRNetworkDialog &dialog) { dialog.accept(); });
+    emit header()->networkButton->clicked();
+    QCOMPARE(table()->rowCount(), 4);
+    QVERIFY(devices()->device(0).isValid());
+    QCOMPARE(video()->url(), firstStream);
 }
 
 void tst_MainWindow::printerButtonsDoNothingYet()
@@ -298,6 +459,11 @@ void tst_MainWindow::withoutAnyInterface()
     window.reset(new MainWindow);
     QCOMPARE(table()->rowCount(), 0);
     QVERIFY(!panel()->isEnabled());
+    QNetworkInterface interface;
+    QNetworkAddressEntry address;
+    VorlynSDK::instance()->currentNetwork(interface, address);
+    QVERIFY(!interface.isValid());
+    QVERIFY(address.ip().isNull());
     window.reset();
     QVERIFY(QProcess::execute("ip", {"link", "set", "veth-a", "up"}) == 0);
     QVERIFY(QProcess::execute("ip", {"link", "set", "veth-b", "up"}) == 0);

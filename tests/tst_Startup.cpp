@@ -12,7 +12,8 @@
 
 static const char *probeOnly = "--probe-only"; // the test program as a probe of its environment
 
-class tst_Startup : public QObject {
+class tst_Startup : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -12,7 +12,8 @@
 namespace {
 // A cell fills its place. The usual delegate asks the item and the style first, for every cell at
 // each scroll step.
-class CellDelegate : public QStyledItemDelegate {
+class CellDelegate : public QStyledItemDelegate
+{
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
 

@@ -3,7 +3,8 @@
 #include <QTableWidget>
 
 // A table whose cells are CVWidgets over empty items. Ctrl+C copies the selected cells' texts.
-class CVTableWidget : public QTableWidget {
+class CVTableWidget : public QTableWidget
+{
 public:
     explicit CVTableWidget(QWidget *parent);
 

@@ -12,8 +12,10 @@ QString CVWidget::text() const
     return QString();
 }
 
-VLCheckItemWidget::VLCheckItemWidget(QWidget *parent)
-    : CVWidget(parent), row(-1), checkBox(namedChild<QCheckBox>(this, "checkBox"))
+VLCheckItemWidget::VLCheckItemWidget(QWidget *parent) :
+    CVWidget(parent),
+    row(-1),
+    checkBox(namedChild<QCheckBox>(this, "checkBox"))
 {
     checkBox->adjustSize();
     connect(
@@ -36,8 +38,9 @@ void VLCheckItemWidget::resizeEvent(QResizeEvent *event)
     checkBox->move((width() - checkBox->width()) / 2, (height() - checkBox->height()) / 2);
 }
 
-VLTextItemWidget::VLTextItemWidget(QWidget *parent)
-    : CVWidget(parent), label(namedChild<QLabel>(this, "label"))
+VLTextItemWidget::VLTextItemWidget(QWidget *parent) :
+    CVWidget(parent),
+    label(namedChild<QLabel>(this, "label"))
 {
     label->setAlignment(Qt::AlignCenter);
 }

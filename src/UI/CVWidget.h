@@ -6,7 +6,8 @@ class QCheckBox;
 class QLabel;
 
 // A cell of the device table. The table's items hold nothing; the cells do.
-class CVWidget : public ZRWidget {
+class CVWidget : public ZRWidget
+{
 public:
     explicit CVWidget(QWidget *parent);
 
@@ -15,7 +16,8 @@ public:
 };
 
 // The tick box of a row. It copies as an empty text.
-class VLCheckItemWidget : public CVWidget {
+class VLCheckItemWidget : public CVWidget
+{
     Q_OBJECT
 
 public:
@@ -38,7 +40,8 @@ private:
     QCheckBox *checkBox;
 };
 
-class VLTextItemWidget : public CVWidget {
+class VLTextItemWidget : public CVWidget
+{
 public:
     explicit VLTextItemWidget(QWidget *parent);
 

@@ -5,7 +5,8 @@
 class QCheckBox;
 
 // A table header with a check-all box over its first section.
-class QCheckBoxHeaderWidget : public QHeaderView {
+class QCheckBoxHeaderWidget : public QHeaderView
+{
 public:
     explicit QCheckBoxHeaderWidget(QWidget *parent);
 

@@ -1,9 +1,9 @@
 #include "VorlynDeviceContentWidget.h"
 
-VorlynDeviceContentWidget::VorlynDeviceContentWidget(QWidget *parent)
-    : ZRToast(parent), devicesWidget(nullptr)
-{
-}
+VorlynDeviceContentWidget::VorlynDeviceContentWidget(QWidget *parent) :
+    ZRToast(parent),
+    devicesWidget(nullptr)
+{ }
 
 void VorlynDeviceContentWidget::setDevicesWidget(VorlynDevicesWidget *widget)
 {

@@ -7,7 +7,8 @@ class VorlynDevicesWidget;
 
 // Base of the panels that work on one device. The record is a copy: what a panel writes goes to
 // the table, and comes back here when the selection moves.
-class VorlynDeviceContentWidget : public ZRToast {
+class VorlynDeviceContentWidget : public ZRToast
+{
 public:
     explicit VorlynDeviceContentWidget(QWidget *parent);
 

@@ -6,10 +6,12 @@
 #include <QComboBox>
 #include <QPushButton>
 
-VorlynDeviceIPInfoDialog::VorlynDeviceIPInfoDialog(QWidget *parent)
-    : ZRDialog(parent), devicesWidget(nullptr), form(this),
-      setButton(namedChild<QPushButton>(this, "setButton")),
-      cancelButton(namedChild<QPushButton>(this, "cancelButton"))
+VorlynDeviceIPInfoDialog::VorlynDeviceIPInfoDialog(QWidget *parent) :
+    ZRDialog(parent),
+    devicesWidget(nullptr),
+    form(this),
+    setButton(namedChild<QPushButton>(this, "setButton")),
+    cancelButton(namedChild<QPushButton>(this, "cancelButton"))
 {
     setButton->setText(ZRLocalize::translate(QStringLiteral("Set")));
     cancelButton->setText(ZRLocalize::translate(QStringLiteral("Cancel")));

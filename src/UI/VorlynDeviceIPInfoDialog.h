@@ -6,7 +6,8 @@
 
 // The network settings of one device as a modal form: construct, setDevice(), exec(). It closes
 // when they have been sent, whatever the device answers.
-class VorlynDeviceIPInfoDialog : public ZRDialog {
+class VorlynDeviceIPInfoDialog : public ZRDialog
+{
     Q_OBJECT
 
 public:

@@ -32,18 +32,19 @@ void placeRow(const QWidget *above, QWidget *caption, QWidget *value, bool isEdi
 }
 }
 
-VorlynDeviceIPToolWidget::VorlynDeviceIPToolWidget(QWidget *parent)
-    : VorlynDeviceContentWidget(parent), titleLabel(namedChild<QLabel>(this, "titleLabel")),
-      nameLabel(namedChild<QLabel>(this, "nameLabel")),
-      nameEdit(namedChild<QLineEdit>(this, "nameEdit")),
-      nameSetButton(namedChild<QPushButton>(this, "nameSetButton")),
-      ipLabel(namedChild<QLabel>(this, "ipLabel")),
-      ipValueLabel(namedChild<QLabel>(this, "ipValueLabel")),
-      ipSetButton(namedChild<QPushButton>(this, "ipSetButton")),
-      versionLabel(namedChild<QLabel>(this, "versionLabel")),
-      versionValueLabel(namedChild<ZRLabel>(this, "versionValueLabel")),
-      upgradeButton(namedChild<QPushButton>(this, "upgradeButton")),
-      restoreButton(namedChild<QPushButton>(this, "restoreButton"))
+VorlynDeviceIPToolWidget::VorlynDeviceIPToolWidget(QWidget *parent) :
+    VorlynDeviceContentWidget(parent),
+    titleLabel(namedChild<QLabel>(this, "titleLabel")),
+    nameLabel(namedChild<QLabel>(this, "nameLabel")),
+    nameEdit(namedChild<QLineEdit>(this, "nameEdit")),
+    nameSetButton(namedChild<QPushButton>(this, "nameSetButton")),
+    ipLabel(namedChild<QLabel>(this, "ipLabel")),
+    ipValueLabel(namedChild<QLabel>(this, "ipValueLabel")),
+    ipSetButton(namedChild<QPushButton>(this, "ipSetButton")),
+    versionLabel(namedChild<QLabel>(this, "versionLabel")),
+    versionValueLabel(namedChild<ZRLabel>(this, "versionValueLabel")),
+    upgradeButton(namedChild<QPushButton>(this, "upgradeButton")),
+    restoreButton(namedChild<QPushButton>(this, "restoreButton"))
 {
     versionValueLabel->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     versionValueLabel->setCursor(Qt::PointingHandCursor); // a click does nothing all the same

@@ -10,7 +10,8 @@ class ZRLabel;
 
 // The bottom panel of the window: what is known of one device, and the four actions on it. An
 // empty record disables the whole panel.
-class VorlynDeviceIPToolWidget : public VorlynDeviceContentWidget, public ZRLocalize {
+class VorlynDeviceIPToolWidget : public VorlynDeviceContentWidget, public ZRLocalize
+{
 public:
     explicit VorlynDeviceIPToolWidget(QWidget *parent);
 

@@ -2,10 +2,10 @@
 
 #include "VorlynSDK.h"
 
-VorlynDeviceIpSettingsDialog::VorlynDeviceIpSettingsDialog(QWidget *parent)
-    : VorlynDeviceSettingsDialog(parent), useDhcp(false)
-{
-}
+VorlynDeviceIpSettingsDialog::VorlynDeviceIpSettingsDialog(QWidget *parent) :
+    VorlynDeviceSettingsDialog(parent),
+    useDhcp(false)
+{ }
 
 VorlynDeviceIpSettingsDialog::~VorlynDeviceIpSettingsDialog()
 {

@@ -4,7 +4,8 @@
 
 // Writes the network settings: DHCP as one request for all, whose outcome nobody reads, or static
 // addresses device by device, where a record changes only on its own device's word.
-class VorlynDeviceIpSettingsDialog : public VorlynDeviceSettingsDialog {
+class VorlynDeviceIpSettingsDialog : public VorlynDeviceSettingsDialog
+{
 public:
     explicit VorlynDeviceIpSettingsDialog(QWidget *parent);
     ~VorlynDeviceIpSettingsDialog() override;

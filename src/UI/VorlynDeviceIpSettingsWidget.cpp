@@ -8,10 +8,13 @@
 #include <QComboBox>
 #include <QPushButton>
 
-VorlynDeviceIpSettingsWidget::VorlynDeviceIpSettingsWidget(QWidget *parent)
-    : ZRWidget(parent), devicesWidget(nullptr), toast(nullptr), form(this),
-      setButton(namedChild<QPushButton>(this, "setButton")),
-      setAllButton(namedChild<QPushButton>(this, "setAllButton"))
+VorlynDeviceIpSettingsWidget::VorlynDeviceIpSettingsWidget(QWidget *parent) :
+    ZRWidget(parent),
+    devicesWidget(nullptr),
+    toast(nullptr),
+    form(this),
+    setButton(namedChild<QPushButton>(this, "setButton")),
+    setAllButton(namedChild<QPushButton>(this, "setAllButton"))
 {
     setButton->setText(ZRLocalize::translate(QStringLiteral("Set")));
     setAllButton->setText(ZRLocalize::translate(QStringLiteral("Set All")));

@@ -8,7 +8,8 @@ class ZRLabel;
 
 // The network settings form as a panel, 260 by 230 pixels at least. Set writes its one device; Set
 // All writes every ticked device of the table, with consecutive addresses.
-class VorlynDeviceIpSettingsWidget : public ZRWidget {
+class VorlynDeviceIpSettingsWidget : public ZRWidget
+{
     Q_OBJECT
 
 public:

@@ -55,11 +55,11 @@ void placeRow(int row, QWidget *left, QWidget *right, int rightWidth, int height
 }
 }
 
-VorlynDeviceNetworkForm::VorlynDeviceNetworkForm(QWidget *host)
-    : modeLabel(namedChild<QLabel>(host, "modeLabel")),
-      modeComboBox(namedChild<QComboBox>(host, "modeComboBox")),
-      spareLabel1(namedChild<QLabel>(host, "spareLabel1")),
-      spareLabel2(namedChild<QLabel>(host, "spareLabel2"))
+VorlynDeviceNetworkForm::VorlynDeviceNetworkForm(QWidget *host) :
+    modeLabel(namedChild<QLabel>(host, "modeLabel")),
+    modeComboBox(namedChild<QComboBox>(host, "modeComboBox")),
+    spareLabel1(namedChild<QLabel>(host, "spareLabel1")),
+    spareLabel2(namedChild<QLabel>(host, "spareLabel2"))
 {
     modeLabel->setText(ZRLocalize::translate(QStringLiteral("IP Mode")));
     modeComboBox->setMinimumWidth(columnWidth);

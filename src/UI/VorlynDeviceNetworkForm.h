@@ -11,7 +11,8 @@ class VorlynDevicesWidget;
 
 // The rows of the network settings form, children of the dialog or panel that shows it, with what
 // both do alike: fill, place, check and write.
-class VorlynDeviceNetworkForm {
+class VorlynDeviceNetworkForm
+{
 public:
     explicit VorlynDeviceNetworkForm(QWidget *host);
 

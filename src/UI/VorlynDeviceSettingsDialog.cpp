@@ -5,8 +5,9 @@
 
 #include <QThread>
 
-VorlynDeviceSettingsDialog::VorlynDeviceSettingsDialog(QWidget *parent)
-    : ZRProgressDialog(parent), devicesWidget(nullptr)
+VorlynDeviceSettingsDialog::VorlynDeviceSettingsDialog(QWidget *parent) :
+    ZRProgressDialog(parent),
+    devicesWidget(nullptr)
 {
     qRegisterMetaType<QVector<VorlynDevice>>("QVector<VorlynDevice>"); // crosses by this name
 }

@@ -11,7 +11,8 @@ class VorlynSDK;
 // Base of every write to devices: a busy bar while run() sends its requests on the worker thread.
 // In use: construct, setDevicesWidget(), setDevices(), start(), exec(). The dialogs work on copies
 // of the records, hand them to the table at the end and report no failure.
-class VorlynDeviceSettingsDialog : public ZRProgressDialog {
+class VorlynDeviceSettingsDialog : public ZRProgressDialog
+{
     Q_OBJECT
 
 public:
@@ -43,7 +44,8 @@ private:
 };
 
 // What the writes of one text to devices have in common.
-class VorlynDeviceValueSettingsDialog : public VorlynDeviceSettingsDialog {
+class VorlynDeviceValueSettingsDialog : public VorlynDeviceSettingsDialog
+{
 public:
     using VorlynDeviceSettingsDialog::VorlynDeviceSettingsDialog;
 
@@ -55,7 +57,8 @@ protected:
 };
 
 // One request and one value a device.
-class VorlynDeviceMacSettingsDialog : public VorlynDeviceValueSettingsDialog {
+class VorlynDeviceMacSettingsDialog : public VorlynDeviceValueSettingsDialog
+{
 public:
     using VorlynDeviceValueSettingsDialog::VorlynDeviceValueSettingsDialog;
     ~VorlynDeviceMacSettingsDialog() override;
@@ -63,7 +66,8 @@ public:
 };
 
 // One request for all, with the first value. All records get it, whatever the devices say.
-class VorlynDeviceNameSettingsDialog : public VorlynDeviceValueSettingsDialog {
+class VorlynDeviceNameSettingsDialog : public VorlynDeviceValueSettingsDialog
+{
 public:
     using VorlynDeviceValueSettingsDialog::VorlynDeviceValueSettingsDialog;
     ~VorlynDeviceNameSettingsDialog() override;
@@ -71,7 +75,8 @@ public:
 };
 
 // One request for all, with the first value. The first reply decides for all records.
-class VorlynDeviceP2PSettingsDialog : public VorlynDeviceValueSettingsDialog {
+class VorlynDeviceP2PSettingsDialog : public VorlynDeviceValueSettingsDialog
+{
 public:
     using VorlynDeviceValueSettingsDialog::VorlynDeviceValueSettingsDialog;
     ~VorlynDeviceP2PSettingsDialog() override;
@@ -79,7 +84,8 @@ public:
 };
 
 // One request for all, with the first value. The first reply decides for all records.
-class VorlynDeviceFunctionIdSettingsDialog : public VorlynDeviceValueSettingsDialog {
+class VorlynDeviceFunctionIdSettingsDialog : public VorlynDeviceValueSettingsDialog
+{
 public:
     using VorlynDeviceValueSettingsDialog::VorlynDeviceValueSettingsDialog;
     ~VorlynDeviceFunctionIdSettingsDialog() override;
@@ -87,7 +93,8 @@ public:
 };
 
 // One upload a device. The table learns nothing of it before the next search.
-class VorlynDeviceFirmwareSettingsDialog : public VorlynDeviceSettingsDialog {
+class VorlynDeviceFirmwareSettingsDialog : public VorlynDeviceSettingsDialog
+{
 public:
     using VorlynDeviceSettingsDialog::VorlynDeviceSettingsDialog;
     ~VorlynDeviceFirmwareSettingsDialog() override;
@@ -102,7 +109,8 @@ private:
 };
 
 // One request for all: factory state, network settings included. The table is not touched.
-class VorlynDeviceRestoreSettingsDialog : public VorlynDeviceSettingsDialog {
+class VorlynDeviceRestoreSettingsDialog : public VorlynDeviceSettingsDialog
+{
 public:
     using VorlynDeviceSettingsDialog::VorlynDeviceSettingsDialog;
     ~VorlynDeviceRestoreSettingsDialog() override;

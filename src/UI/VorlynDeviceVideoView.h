@@ -3,7 +3,8 @@
 #include "ZRWidget.h"
 
 // The preview pane. There is no player behind it yet: it stays black and only keeps the address.
-class VorlynDeviceVideoView : public ZRWidget {
+class VorlynDeviceVideoView : public ZRWidget
+{
 public:
     explicit VorlynDeviceVideoView(QWidget *parent);
 

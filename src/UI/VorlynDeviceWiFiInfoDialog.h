@@ -5,7 +5,8 @@
 
 // Reads one device's Wi-Fi scan under a busy bar: construct, setDevice(), start(), exec(), and
 // then wifiInfos(). It takes as long as 10 seconds.
-class VorlynDeviceWiFiInfoDialog : public ZRProgressDialog {
+class VorlynDeviceWiFiInfoDialog : public ZRProgressDialog
+{
 public:
     explicit VorlynDeviceWiFiInfoDialog(QWidget *parent);
     ~VorlynDeviceWiFiInfoDialog() override;

@@ -36,15 +36,18 @@ QString numberText(const VorlynDevice &device)
 }
 }
 
-VorlynDevicesWidget::VorlynDevicesWidget(QWidget *parent)
-    : ZRWidget(parent), tableWidget_(namedChild<CVTableWidget>(this, "tableWidget")),
-      headerWidget(namedChild<QCheckBoxHeaderWidget>(tableWidget_, "headerWidget"))
+VorlynDevicesWidget::VorlynDevicesWidget(QWidget *parent) :
+    ZRWidget(parent),
+    tableWidget_(namedChild<CVTableWidget>(this, "tableWidget")),
+    headerWidget(namedChild<QCheckBoxHeaderWidget>(tableWidget_, "headerWidget"))
 {
     connect(headerWidget->checkBox, &QCheckBox::clicked, this,
         &VorlynDevicesWidget::onHeaderCheckClicked);
     tableWidget_->setHorizontalHeader(headerWidget);
 }
 
+// The check-all box stays as it is, though no row of a new search is ticked. The next click on a
+// row's box sets it right.
 void VorlynDevicesWidget::setDevices(QVector<VorlynDevice> devices)
 {
     this->devices = devices;

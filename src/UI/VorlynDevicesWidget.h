@@ -9,7 +9,8 @@ class VLCheckItemWidget;
 
 // The device table and the program's working list of devices: row i shows the record with index i.
 // Callers get copies and hand changed ones back through updateDevices(). GUI thread only.
-class VorlynDevicesWidget : public ZRWidget {
+class VorlynDevicesWidget : public ZRWidget
+{
     Q_OBJECT
 
 public:

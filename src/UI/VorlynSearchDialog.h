@@ -5,7 +5,8 @@
 
 // A search under a busy bar: construct, setSearchSeconds(), start(), exec(). When exec() accepts,
 // devices() is the list sorted by MAC, empty when nobody answered.
-class VorlynSearchDialog : public ZRProgressDialog {
+class VorlynSearchDialog : public ZRProgressDialog
+{
 public:
     explicit VorlynSearchDialog(QWidget *parent);
     ~VorlynSearchDialog() override;

@@ -7,7 +7,8 @@ class MediaButton;
 
 // The top strip of the window. Its owner connects the buttons, which stand on the screen in the
 // order of the fields.
-class WindowHeaderWidget : public ZRWidget, public ZRLocalize {
+class WindowHeaderWidget : public ZRWidget, public ZRLocalize
+{
 public:
     explicit WindowHeaderWidget(QWidget *parent);
 

@@ -8,7 +8,8 @@ class QSettings;
 // for one read or write and never kept. Each object has its own QSettings, so any thread may
 // make one. There are no failures: what cannot be read has its default, what cannot be written
 // is lost. Label sizes are millimetres.
-class ZRConfigure : public QObject {
+class ZRConfigure : public QObject
+{
     Q_OBJECT
 
 public:

@@ -7,7 +7,8 @@ class QNetworkAccessManager;
 
 // Qt's asynchronous HTTP as one plain call: a multipart upload that blocks the calling thread in
 // a local event loop. Made, used and destroyed on one thread, any proxy of the system bypassed.
-class ZRHttpUtils : public QObject {
+class ZRHttpUtils : public QObject
+{
     Q_OBJECT
 
 public:

@@ -6,7 +6,8 @@
 // that the texts come from. The key of a text is its English form; lookup ignores case.
 // Thread: the GUI thread makes, destroys and switches; translate() may come from any thread as
 // long as no switch runs.
-class ZRLocalize {
+class ZRLocalize
+{
 public:
     ZRLocalize();
     virtual ~ZRLocalize();

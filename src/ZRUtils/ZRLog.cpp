@@ -77,9 +77,11 @@ void ZRLog::shutdown()
     instance = nullptr;
 }
 
-ZRLog::ZRLog(const QString &path)
-    : file(new QFile(path)), stream(nullptr), mutex(new QMutex(QMutex::NonRecursive)),
-      previousHandler(nullptr)
+ZRLog::ZRLog(const QString &path) :
+    file(new QFile(path)),
+    stream(nullptr),
+    mutex(new QMutex(QMutex::NonRecursive)),
+    previousHandler(nullptr)
 {
     if (file->open(QIODevice::WriteOnly)) {
         stream = new QTextStream(file);

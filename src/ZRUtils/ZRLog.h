@@ -9,7 +9,8 @@ class QTextStream;
 // Writes all Qt log output of the process to a file of this run, "log/yyyyMMddHHmmss.clog" beside
 // the program. Nobody calls it to log: code uses qDebug and its relatives, from any thread.
 // initialize() and shutdown() belong to the main thread, while no other one logs.
-class ZRLog {
+class ZRLog
+{
 public:
     // After the application object exists. Deletes files of runs more than 30 days ago. A file
     // that can't be opened means that none is written; messages go on to the previous handler.

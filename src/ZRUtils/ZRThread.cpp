@@ -7,7 +7,8 @@
 
 #include <climits>
 
-class ZRThreadPrivate : public QThread {
+class ZRThreadPrivate : public QThread
+{
 public:
     explicit ZRThreadPrivate(ZRThread *owner) : owner(owner) { }
     ~ZRThreadPrivate() override = default;

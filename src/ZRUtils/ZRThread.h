@@ -9,7 +9,8 @@ class ZRThreadPrivate;
 // cooperative stop flag.
 // Owner: calls stop(), wait() and then deletes, in that order; the destructor does neither.
 // Thread: run() is on the new thread, stop() may come from any thread, all else from the owner's.
-class ZRThread {
+class ZRThread
+{
 public:
     ZRThread();
     virtual ~ZRThread();
@@ -41,7 +42,8 @@ private:
 };
 
 // A non-recursive mutex, for any thread: locking it twice on one thread deadlocks.
-class ZRThreadLocker {
+class ZRThreadLocker
+{
 public:
     ZRThreadLocker();
     virtual ~ZRThreadLocker();

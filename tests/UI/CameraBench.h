@@ -8,7 +8,8 @@
 // The SDK at work on the private network, and one camera that the test itself plays. A test that
 // lets a dialog's job run shows the dialog without exec(), or acts from a ModalDriver: the calls
 // here block the GUI thread, as the job is on its own.
-class CameraBench {
+class CameraBench
+{
 public:
     CameraBench();
     ~CameraBench();

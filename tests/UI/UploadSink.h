@@ -5,7 +5,8 @@
 
 // The web server of a camera, on the loopback address: takes uploads and answers each with a
 // "Result". GUI thread; works while an event loop runs.
-class UploadSink : public QTcpServer {
+class UploadSink : public QTcpServer
+{
 public:
     explicit UploadSink(int result = 0);
 

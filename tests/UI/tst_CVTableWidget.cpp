@@ -1,5 +1,6 @@
 #include "CVTableWidget.h"
 #include "CVWidget.h"
+#include "KeyHost.h"
 
 #include <QClipboard>
 #include <QLabel>
@@ -9,16 +10,8 @@
 using Cells = QVector<QPair<int, int>>;
 Q_DECLARE_METATYPE(Cells)
 
-// Tells what keys reach the parent of the table.
-class KeyHost : public QWidget {
-public:
-    QVector<int> keys;
-
-protected:
-    void keyPressEvent(QKeyEvent *event) override { keys.append(event->key()); }
-};
-
-class tst_CVTableWidget : public QObject {
+class tst_CVTableWidget : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -6,7 +6,8 @@
 #include <QSignalSpy>
 #include <QtTest>
 
-class tst_CVWidget : public QObject {
+class tst_CVWidget : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -2,7 +2,8 @@
 
 #include <QtTest>
 
-class tst_NetworkAddress : public QObject {
+class tst_NetworkAddress : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -5,7 +5,8 @@
 #include <QTableWidget>
 #include <QtTest>
 
-class tst_QCheckBoxHeaderWidget : public QObject {
+class tst_QCheckBoxHeaderWidget : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -14,6 +15,8 @@ private slots:
     void boxFollowsTheFirstSection_data();
     void boxFollowsTheFirstSection();
     void otherSectionsDontMoveIt();
+    void boxScrollsWithTheFirstSection();
+    void boxFits();
 
 private:
     QPoint centred(int sectionWidth) const
@@ -67,6 +70,24 @@ void tst_QCheckBoxHeaderWidget::otherSectionsDontMoveIt()
     QCOMPARE(header->checkBox->pos(), QPoint(77, 3));
     header->resizeSection(0, 60);
     QCOMPARE(header->checkBox->pos(), centred(60));
+}
+
+void tst_QCheckBoxHeaderWidget::boxScrollsWithTheFirstSection()
+{
+    const QPoint before = header->checkBox->pos();
+    header->setOffset(20);
+    QCOMPARE(header->checkBox->pos(), before - QPoint(20, 0));
+}
+
+// Whatever the style and the font make of the header.
+void tst_QCheckBoxHeaderWidget::boxFits()
+{
+    QFont small = table->font();
+    small.setPixelSize(6);
+    header->setFont(small);
+    QTRY_COMPARE(header->height(), header->minimumHeight());
+    QCOMPARE(header->height(), header->checkBox->geometry().top() * 2 + header->checkBox->height());
+    QVERIFY(header->viewport()->rect().contains(header->checkBox->geometry()));
 }
 
 QTEST_MAIN(tst_QCheckBoxHeaderWidget)

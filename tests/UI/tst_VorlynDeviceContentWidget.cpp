@@ -4,13 +4,15 @@
 
 #include <QtTest>
 
-class Panel : public VorlynDeviceContentWidget {
+class Panel : public VorlynDeviceContentWidget
+{
 public:
     Panel() : VorlynDeviceContentWidget(nullptr) { }
     using VorlynDeviceContentWidget::devicesWidget;
 };
 
-class tst_VorlynDeviceContentWidget : public QObject {
+class tst_VorlynDeviceContentWidget : public QObject
+{
     Q_OBJECT
 
 private slots:

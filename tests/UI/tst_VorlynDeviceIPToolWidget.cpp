@@ -1,6 +1,7 @@
 #include "CameraBench.h"
 #include "Devices.h"
 #include "ModalDriver.h"
+#include "Painting.h"
 #include "UploadSink.h"
 #include "VorlynDeviceIPInfoDialog.h"
 #include "VorlynDeviceIPToolWidget.h"
@@ -17,7 +18,8 @@
 
 #include <memory>
 
-class tst_VorlynDeviceIPToolWidget : public QObject {
+class tst_VorlynDeviceIPToolWidget : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -151,6 +153,14 @@ void tst_VorlynDeviceIPToolWidget::layout()
 
 void tst_VorlynDeviceIPToolWidget::look()
 {
+    VorlynDevice device = table->device(1);
+    device.setValue("appVersion", "1.2.3.4");
+    panel->setDevice(device);
+    const QRect ink = paintedArea(painted(version())); // at the left, in the middle
+    QVERIFY2(ink.left() >= 0 && ink.left() < 5, qPrintable(QString::number(ink.left())));
+    QVERIFY(ink.right() < version().width() / 2);
+    QVERIFY(qAbs(ink.center().y() - version().height() / 2) <= 3);
+
     QCOMPARE(version().cursor().shape(), Qt::PointingHandCursor);
     const QString before = version().text();
     QTest::mouseClick(&version(), Qt::LeftButton);

@@ -1,16 +1,15 @@
 #include "CameraBench.h"
 #include "Devices.h"
+#include "DialogRun.h"
 #include "VorlynDeviceIpSettingsDialog.h"
 #include "VorlynDevicesWidget.h"
 
 #include <QElapsedTimer>
-#include <QSignalSpy>
-#include <QtTest>
 
-#include <functional>
 #include <memory>
 
-class tst_VorlynDeviceIpSettingsDialog : public QObject {
+class tst_VorlynDeviceIpSettingsDialog : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -20,13 +19,13 @@ private slots:
     void staticWithASilentDevice();
     void staticForNobody();
     void escEndsTheLoop();
+    void escWithDhcp();
     void dhcp_data();
     void dhcp();
     void lastSetterDecides();
     void withoutSdk();
 
 private:
-    void run(const std::function<void()> &talk = [] {});
     void setStatic(int count);
 
     std::unique_ptr<CameraBench> bench;
@@ -66,16 +65,6 @@ void tst_VorlynDeviceIpSettingsDialog::cleanup()
     bench.reset();
 }
 
-void tst_VorlynDeviceIpSettingsDialog::run(const std::function<void()> &talk)
-{
-    QSignalSpy finished(dialog.get(), &QDialog::finished);
-    dialog->start();
-    dialog->show();
-    talk();
-    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 30000);
-    QCOMPARE(finished.first().first().toInt(), int(QDialog::Accepted));
-}
-
 void tst_VorlynDeviceIpSettingsDialog::setStatic(int count)
 {
     QVector<QString> lists[5];
@@ -91,7 +80,7 @@ void tst_VorlynDeviceIpSettingsDialog::staticDeviceByDevice()
 {
     setStatic(3);
     QVector<QJsonObject> requests;
-    run([&] {
+    runToEnd(*dialog, [&] {
         for (const char *result : {"success", "failure", "success"})
             requests << bench->answerNext(result);
     });
@@ -113,7 +102,7 @@ void tst_VorlynDeviceIpSettingsDialog::staticWithASilentDevice()
 {
     setStatic(2);
     QElapsedTimer clock;
-    run([&] {
+    runToEnd(*dialog, [&] {
         bench->request();
         clock.start();
         bench->answerNext("success");
@@ -125,8 +114,10 @@ void tst_VorlynDeviceIpSettingsDialog::staticWithASilentDevice()
 
 void tst_VorlynDeviceIpSettingsDialog::staticForNobody()
 {
+    runToEnd(*dialog); // as it was made
+    QVERIFY(bench->isQuiet());
     setStatic(0);
-    run();
+    runToEnd(*dialog);
     QVERIFY(bench->isQuiet());
 }
 
@@ -135,13 +126,35 @@ void tst_VorlynDeviceIpSettingsDialog::escEndsTheLoop()
     setStatic(3);
     dialog->start();
     dialog->show();
-    QVERIFY(!bench->request().isEmpty());
+    QVERIFY(!bench->answerNext("success").isEmpty());
+    QCOMPARE(CameraBench::targets(bench->request()), QStringList("cam1"));
+    QVERIFY(bench->isQuiet()); // the job waits
     QElapsedTimer clock;
     clock.start();
     QTest::keyClick(dialog.get(), Qt::Key_Escape);
-    QVERIFY(clock.elapsed() < 2500);
+    QVERIFY(clock.elapsed() < 2000);
     QCOMPARE(dialog->result(), int(QDialog::Rejected));
     QVERIFY(bench->isQuiet());
+    // What was done reaches the table as long as the dialog lives.
+    QCoreApplication::sendPostedEvents(dialog.get());
+    QCOMPARE(table->device(0).ip(), text(0, 0));
+    QCOMPARE(table->device(1).ip(), QString("10.77.0.11"));
+    QCOMPARE(table->device(2).ip(), QString("10.77.0.12"));
+}
+
+// The one request for all asks no stop flag.
+void tst_VorlynDeviceIpSettingsDialog::escWithDhcp()
+{
+    dialog->setDhcpDevices(devices);
+    dialog->start();
+    dialog->show();
+    QVERIFY(!bench->request().isEmpty());
+    QVERIFY(bench->isQuiet()); // the job waits
+    QTest::keyClick(dialog.get(), Qt::Key_Escape);
+    QCOMPARE(dialog->result(), int(QDialog::Rejected));
+    QCoreApplication::sendPostedEvents(dialog.get());
+    for (int i = 0; i < 3; ++i)
+        QCOMPARE(table->device(i).ipMode(), QString("dhcp"));
 }
 
 void tst_VorlynDeviceIpSettingsDialog::dhcp_data()
@@ -158,7 +171,7 @@ void tst_VorlynDeviceIpSettingsDialog::dhcp()
         device.setIpMode("static");
     dialog->setDhcpDevices(devices);
     QJsonObject request;
-    run([&] {
+    runToEnd(*dialog, [&] {
         request = bench->request();
         if (result != "silence")
             bench->answer(request, result);
@@ -177,7 +190,7 @@ void tst_VorlynDeviceIpSettingsDialog::lastSetterDecides()
     dialog->setDhcpDevices(devices);
     setStatic(1);
     QJsonObject request;
-    run([&] { request = bench->answerNext("success"); });
+    runToEnd(*dialog, [&] { request = bench->answerNext("success"); });
     QCOMPARE(request["IpMode"].toString(), QString("static"));
 }
 
@@ -185,9 +198,9 @@ void tst_VorlynDeviceIpSettingsDialog::withoutSdk()
 {
     bench.reset();
     setStatic(3);
-    run();
+    runToEnd(*dialog);
     dialog->setDhcpDevices(devices);
-    run();
+    runToEnd(*dialog);
     QCOMPARE(table->device(0).ipMode(), QString("DHCP"));
     QCOMPARE(table->device(0).ip(), QString("10.77.0.10"));
 }

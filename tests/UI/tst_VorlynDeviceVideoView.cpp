@@ -3,7 +3,8 @@
 
 #include <QtTest>
 
-class tst_VorlynDeviceVideoView : public QObject {
+class tst_VorlynDeviceVideoView : public QObject
+{
     Q_OBJECT
 
 private slots:

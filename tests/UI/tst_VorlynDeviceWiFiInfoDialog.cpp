@@ -1,22 +1,27 @@
 #include "CameraBench.h"
 #include "Devices.h"
+#include "DialogRun.h"
 #include "VorlynDeviceWiFiInfoDialog.h"
+#include "ZRLocalize.h"
 
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QLabel>
+#include <QProgressBar>
 #include <QSignalSpy>
 #include <QtTest>
 
 #include <memory>
 
-class tst_VorlynDeviceWiFiInfoDialog : public QObject {
+class tst_VorlynDeviceWiFiInfoDialog : public QObject
+{
     Q_OBJECT
 
 private slots:
     void init();
     void cleanup() { bench.reset(); }
     void look();
+    void messageIsTranslated();
     void readsTheScan();
     void escCancels();
     void destructorCancels();
@@ -32,18 +37,23 @@ void tst_VorlynDeviceWiFiInfoDialog::init()
     QVERIFY(bench->isReady());
 }
 
-static void finish(VorlynDeviceWiFiInfoDialog &dialog)
-{
-    QSignalSpy finished(&dialog, &QDialog::finished);
-    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 30000);
-    QCOMPARE(finished.first().first().toInt(), int(QDialog::Accepted));
-}
-
 void tst_VorlynDeviceWiFiInfoDialog::look()
 {
     VorlynDeviceWiFiInfoDialog dialog(nullptr);
     QCOMPARE(dialog.findChild<QLabel *>("messageLabel")->text(), QString("Loading WiFi Info"));
+    QCOMPARE(dialog.findChild<QProgressBar *>("progressBar")->maximum(), 0); // busy
     QVERIFY(dialog.wifiInfos().isEmpty());
+}
+
+void tst_VorlynDeviceWiFiInfoDialog::messageIsTranslated()
+{
+    ZRLocalize::setLanguageFolder(LANGUAGE_FOLDER);
+    QVERIFY(ZRLocalize::loadLanguage("cn"));
+    const QString chinese = ZRLocalize::translate("Loading WiFi Info");
+    const VorlynDeviceWiFiInfoDialog dialog(nullptr);
+    ZRLocalize::loadLanguage("none");
+    QVERIFY(chinese != "Loading WiFi Info");
+    QCOMPARE(dialog.findChild<QLabel *>("messageLabel")->text(), chinese);
 }
 
 void tst_VorlynDeviceWiFiInfoDialog::readsTheScan()
@@ -75,11 +85,14 @@ void tst_VorlynDeviceWiFiInfoDialog::escCancels()
     dialog.start();
     dialog.show();
     QVERIFY(!bench->request().isEmpty());
+    QSignalSpy finished(&dialog, &QDialog::finished);
     QElapsedTimer clock;
     clock.start();
     QTest::keyClick(&dialog, Qt::Key_Escape);
     QVERIFY(clock.elapsed() < 8000); // the wait is 10 s
-    QCOMPARE(dialog.result(), int(QDialog::Rejected));
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(finished.first().first().toInt(), int(QDialog::Rejected));
+    QVERIFY(dialog.isStopped());
     QVERIFY(dialog.wifiInfos().isEmpty());
 }
 

@@ -1,6 +1,7 @@
 #include "CVTableWidget.h"
 #include "CVWidget.h"
 #include "Devices.h"
+#include "KeyHost.h"
 #include "MetaMethods.h"
 #include "VorlynDevicesWidget.h"
 #include "ZRLocalize.h"
@@ -12,16 +13,8 @@
 #include <QScopedPointer>
 #include <QtTest>
 
-// Tells what keys reach the parent of the panel.
-class KeyHost : public QWidget {
-public:
-    QVector<int> keys;
-
-protected:
-    void keyPressEvent(QKeyEvent *event) override { keys.append(event->key()); }
-};
-
-class tst_VorlynDevicesWidget : public QObject {
+class tst_VorlynDevicesWidget : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -44,6 +37,7 @@ private slots:
     void updateByIndex();
     void updateSkipsStrangers();
     void updateShowsTheTick();
+    void updateTakesManyInOrder();
     void currentCell();
     void searchAfterAClick();
     void copiesMacAndIp();
@@ -122,6 +116,11 @@ void tst_VorlynDevicesWidget::columns()
         QCOMPARE(table()->columnWidth(i), expected[i].width);
     }
     QVERIFY(table()->verticalHeader()->isHidden());
+
+    const QTableWidget plain; // its defaults stand
+    QCOMPARE(table()->selectionMode(), plain.selectionMode());
+    QCOMPARE(table()->selectionBehavior(), plain.selectionBehavior());
+    QCOMPARE(table()->editTriggers(), plain.editTriggers());
 }
 
 void tst_VorlynDevicesWidget::rows()
@@ -316,6 +315,22 @@ void tst_VorlynDevicesWidget::updateShowsTheTick()
     panel->updateDevices({changed});
     QCOMPARE(boxes(), QVector<bool>({true, false}));
     QCOMPARE(panel->selectedDevices().size(), 1);
+}
+
+void tst_VorlynDevicesWidget::updateTakesManyInOrder()
+{
+    panel->setDevices(makeDevices({"a", "b", "c"}));
+    VorlynDevice last = panel->device(2);
+    last.setIp("10.9.9.3");
+    VorlynDevice first = panel->device(0);
+    first.setIp("10.9.9.1");
+    VorlynDevice firstAgain = panel->device(0);
+    firstAgain.setIp("10.9.9.2");
+    panel->updateDevices({last, first, firstAgain});
+    QStringList ips;
+    for (int row = 0; row < 3; ++row)
+        ips << texts(row).last();
+    QCOMPARE(ips, QStringList({"10.9.9.2", "10.77.0.11", "10.9.9.3"}));
 }
 
 void tst_VorlynDevicesWidget::currentCell()

@@ -1,7 +1,9 @@
 #include "CameraBench.h"
+#include "DialogRun.h"
 #include "ModalDriver.h"
 #include "VorlynSDK.h"
 #include "VorlynSearchDialog.h"
+#include "ZRLocalize.h"
 
 #include <QElapsedTimer>
 #include <QLabel>
@@ -10,13 +12,15 @@
 
 #include <memory>
 
-class tst_VorlynSearchDialog : public QObject {
+class tst_VorlynSearchDialog : public QObject
+{
     Q_OBJECT
 
 private slots:
     void init();
     void cleanup() { bench.reset(); }
     void look();
+    void messageIsTranslated();
     void sortsByMac();
     void lastsItsSeconds_data();
     void lastsItsSeconds();
@@ -37,13 +41,6 @@ void tst_VorlynSearchDialog::init()
     QVERIFY(bench->isReady());
 }
 
-static void finish(VorlynSearchDialog &dialog)
-{
-    QSignalSpy finished(&dialog, &QDialog::finished);
-    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 30000);
-    QCOMPARE(finished.first().first().toInt(), int(QDialog::Accepted));
-}
-
 static QStringList macs(const VorlynSearchDialog &dialog)
 {
     QStringList list;
@@ -58,6 +55,17 @@ void tst_VorlynSearchDialog::look()
     QCOMPARE(dialog.findChild<QLabel *>("messageLabel")->text(), QString("Searching devices"));
     QCOMPARE(dialog.findChild<QProgressBar *>("progressBar")->maximum(), 0);
     QVERIFY(dialog.devices().isEmpty());
+}
+
+void tst_VorlynSearchDialog::messageIsTranslated()
+{
+    ZRLocalize::setLanguageFolder(LANGUAGE_FOLDER);
+    QVERIFY(ZRLocalize::loadLanguage("cn"));
+    const QString chinese = ZRLocalize::translate("Searching devices");
+    const VorlynSearchDialog dialog(nullptr);
+    ZRLocalize::loadLanguage("none");
+    QVERIFY(chinese != "Searching devices");
+    QCOMPARE(dialog.findChild<QLabel *>("messageLabel")->text(), chinese);
 }
 
 void tst_VorlynSearchDialog::sortsByMac()
@@ -141,8 +149,10 @@ void tst_VorlynSearchDialog::closeCancels()
     dialog.start();
     dialog.show();
     QVERIFY(!bench->request().isEmpty());
+    QSignalSpy finished(&dialog, &QDialog::finished);
     dialog.close();
-    QCOMPARE(dialog.result(), int(QDialog::Rejected));
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(finished.first().first().toInt(), int(QDialog::Rejected));
     QVERIFY(dialog.isStopped());
 }
 

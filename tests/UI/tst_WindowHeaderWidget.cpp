@@ -6,7 +6,8 @@
 
 using Texts = QVector<QPair<QString, QString>>; // tool tip and label of each button
 
-class tst_WindowHeaderWidget : public QObject {
+class tst_WindowHeaderWidget : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -80,7 +80,8 @@ void countMessage(QtMsgType, const QMessageLogContext &, const QString &)
 
 }
 
-class tst_ZRConfigure : public QObject {
+class tst_ZRConfigure : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -16,7 +16,8 @@ using Hook = std::function<void(QTcpSocket &, QByteArray &)>;
 
 // A web server of the test's own thread, served by the upload's event loop when that runs here.
 // The hook sees what the newest connection has sent so far, and may cut it.
-class Server : public QObject {
+class Server : public QObject
+{
 public:
     explicit Server(Hook hook) : hook(std::move(hook))
     {
@@ -143,7 +144,8 @@ qint64 peakMemory()
 
 }
 
-class tst_ZRHttpUtils : public QObject {
+class tst_ZRHttpUtils : public QObject
+{
     Q_OBJECT
 
 private slots:

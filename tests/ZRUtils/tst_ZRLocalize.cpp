@@ -10,12 +10,14 @@
 namespace {
 
 // Writes down its letter when told, and does what the test asks for.
-class Told : public ZRLocalize {
+class Told : public ZRLocalize
+{
 public:
-    Told(char letter, QString &order, std::function<void()> then = {})
-        : letter(letter), order(order), then(std::move(then))
-    {
-    }
+    Told(char letter, QString &order, std::function<void()> then = {}) :
+        letter(letter),
+        order(order),
+        then(std::move(then))
+    { }
 
     void onLanguageChanged() override
     {
@@ -34,8 +36,7 @@ private:
 struct Place {
     typename std::aligned_storage<sizeof(Told), alignof(Told)>::type bytes;
 
-    template <typename... Arguments>
-    Told *make(Arguments &&...arguments)
+    template <typename... Arguments> Told *make(Arguments &&...arguments)
     {
         return new (&bytes) Told(std::forward<Arguments>(arguments)...);
     }
@@ -46,7 +47,8 @@ const QStringList probes = {"Search", "Cancel", "Save", "Network"};
 
 }
 
-class tst_ZRLocalize : public QObject {
+class tst_ZRLocalize : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -61,7 +61,8 @@ void holdBack(QtMsgType, const QMessageLogContext &, const QString &text)
 
 // A run of the log with a handler of the test before it. Nothing is logged between the end of the
 // log and the return of Qt's handler.
-class Run {
+class Run
+{
 public:
     explicit Run(QtMessageHandler previous) : outer(qInstallMessageHandler(previous))
     {
@@ -94,7 +95,8 @@ QString toText(const QByteArray &bytes)
 
 }
 
-class tst_ZRLog : public QObject {
+class tst_ZRLog : public QObject
+{
     Q_OBJECT
 
 private slots:

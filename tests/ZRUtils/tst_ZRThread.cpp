@@ -16,7 +16,8 @@ namespace {
 constexpr char deleteRunning[] = "--delete-running";
 constexpr char throwFromRun[] = "--throw-from-run";
 
-class Worker : public ZRThread {
+class Worker : public ZRThread
+{
 public:
     explicit Worker(std::function<void(Worker *)> body) : body(std::move(body)) { }
 
@@ -32,7 +33,8 @@ void untilStopped(Worker *worker)
         ZRThread::sleep(1);
 }
 
-class BlockingWorker : public ZRThread {
+class BlockingWorker : public ZRThread
+{
 public:
     void stop() override
     {
@@ -89,7 +91,8 @@ Inside lookInside(const std::function<void(ZRThread *)> &prepare = {})
 
 }
 
-class tst_ZRThread : public QObject {
+class tst_ZRThread : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QScopedPointer>
@@ -11,7 +12,8 @@
 
 // The program itself, driven from outside by mouse and keyboard, in a folder as an installation
 // has it: program file and "language", nothing else.
-class tst_Program : public QObject {
+class tst_Program : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -79,6 +81,7 @@ const int secondsAtMost = 60000;
 void tst_Program::init()
 {
     fleet.reset(new FleetProcess("cam-a", 3, "10.77.0.11"));
+    fleet->setScenario({{"cameras", QJsonArray{FleetProcess::unhurried()}}});
     QVERIFY(fleet->start());
     program.setProcessEnvironment(QProcessEnvironment::systemEnvironment());
     folder.reset(new QTemporaryDir);

@@ -59,7 +59,7 @@ private slots:
     void silentCameraEndsByItself();
 
 private:
-    void open();
+    void open(const QJsonObject &ruleOfTheFirst = {});
     void searchAgain() { emit header()->searchButton->clicked(); }
     void click(const char *button) const
     {
@@ -70,10 +70,7 @@ private:
         const auto *widget = dynamic_cast<CVWidget *>(table()->cellWidget(row, column));
         return widget ? widget->text() : QString();
     }
-    QString label(const char *name) const
-    {
-        return panel()->findChild<QLabel *>(name)->text();
-    }
+    QString label(const char *name) const { return panel()->findChild<QLabel *>(name)->text(); }
     QLineEdit *nameEdit() const { return panel()->findChild<QLineEdit *>("nameEdit"); }
     QString versionShown() const
     {
@@ -88,10 +85,7 @@ private:
     {
         return window->findChild<VorlynDeviceIPToolWidget *>("contentWidget");
     }
-    WindowHeaderWidget *header() const
-    {
-        return window->findChild<WindowHeaderWidget *>("header");
-    }
+    WindowHeaderWidget *header() const { return window->findChild<WindowHeaderWidget *>("header"); }
     // The one request of a method that reached the cameras, less its envelope, which is checked.
     QJsonObject onlyRequest(const QString &method, const QJsonArray &targets) const;
 
@@ -128,8 +122,12 @@ void tst_Window::init()
     fleet.reset(new FleetProcess("cam-a", 8, "10.77.0.11"));
 }
 
-void tst_Window::open()
+void tst_Window::open(const QJsonObject &ruleOfTheFirst)
 {
+    QJsonArray cameras = {FleetProcess::unhurried()};
+    if (!ruleOfTheFirst.isEmpty())
+        cameras.append(QJsonObject{{"camera", 1}, {"rules", QJsonArray{ruleOfTheFirst}}});
+    fleet->setScenario({{"cameras", cameras}});
     QVERIFY(fleet->start());
     initGolbals();
     window.reset(new MainWindow);
@@ -256,7 +254,8 @@ void tst_Window::restore()
     QCOMPARE(fleet->requests("SetName").size(), 1);
 
     const ModalDriver<ZRAlertDialog> driver([](ZRAlertDialog &dialog) {
-        QCOMPARE(dialog.findChild<QLabel *>("messageLabel")->text(), QString("Restore this device to factory settings?"));
+        QCOMPARE(dialog.findChild<QLabel *>("messageLabel")->text(),
+            QString("Restore this device to factory settings?"));
         press(&dialog, "okButton");
     });
     click("restoreButton");
@@ -272,7 +271,8 @@ void tst_Window::restore()
 void tst_Window::restoreRefused()
 {
     open();
-    const ModalDriver<ZRAlertDialog> driver([](ZRAlertDialog &dialog) { press(&dialog, "cancelButton"); });
+    const ModalDriver<ZRAlertDialog> driver(
+        [](ZRAlertDialog &dialog) { press(&dialog, "cancelButton"); });
     click("restoreButton");
     searchAgain(); // had there been a request, it would have arrived before this search
     QVERIFY(fleet->requests("ResetDefault").isEmpty());
@@ -327,6 +327,7 @@ void tst_Window::missingFirmwareFile()
 void tst_Window::network()
 {
     FleetProcess others("cam-b", 3, "10.88.0.21");
+    others.setScenario({{"cameras", QJsonArray{FleetProcess::unhurried()}}});
     QVERIFY(others.start());
     open();
     QCOMPARE(table()->rowCount(), 8);
@@ -430,7 +431,8 @@ void tst_Window::cancelledSearch()
     open();
     devices()->setCurrentCell(5, 2);
     SettingsFile().write({{"search seconds", 0}}); // without end, unless it is cancelled
-    const ModalDriver<VorlynSearchDialog> driver([leave](VorlynSearchDialog &dialog) { leave(&dialog); });
+    const ModalDriver<VorlynSearchDialog> driver(
+        [leave](VorlynSearchDialog &dialog) { leave(&dialog); });
     searchAgain();
     QCOMPARE(table()->rowCount(), 8);
     QCOMPARE(table()->currentRow(), 5);
@@ -447,9 +449,11 @@ void tst_Window::cancelledWrite_data()
     const struct {
         const char *button;
         const char *method;
-    } writes[] = {{"nameSetButton", "SetName"}, {"ipSetButton", "SetIp"}, {"restoreButton", "ResetDefault"}};
+    } writes[] = {
+        {"nameSetButton", "SetName"}, {"ipSetButton", "SetIp"}, {"restoreButton", "ResetDefault"}};
     for (const auto &write : writes) {
-        QTest::addRow("%s, Esc", write.method) << write.button << write.method << Leave(pressEscape);
+        QTest::addRow("%s, Esc", write.method)
+            << write.button << write.method << Leave(pressEscape);
         QTest::addRow("%s, closing", write.method)
             << write.button << write.method << Leave(closeWindow);
     }
@@ -461,9 +465,7 @@ void tst_Window::cancelledWrite()
     QFETCH(QString, button);
     QFETCH(QString, method);
     QFETCH(Leave, leave);
-    const QJsonObject silent = {{"on", method}, {"silent", true}};
-    fleet->setScenario({{"cameras", QJsonArray{QJsonObject{{"camera", 1}, {"rules", QJsonArray{silent}}}}}});
-    open();
+    open({{"on", method}, {"silent", true}});
 
     QElapsedTimer waited;
     QScopedPointer<ModalDriver<VorlynDeviceIPInfoDialog>> form;
@@ -489,9 +491,7 @@ void tst_Window::cancelledWrite()
 
 void tst_Window::silentCameraEndsByItself()
 {
-    const QJsonObject silent = {{"on", "SetName"}, {"silent", true}, {"apply", false}};
-    fleet->setScenario({{"cameras", QJsonArray{QJsonObject{{"camera", 1}, {"rules", QJsonArray{silent}}}}}});
-    open();
+    open({{"on", "SetName"}, {"silent", true}, {"apply", false}});
     nameEdit()->setText("nobody heard");
     click("nameSetButton");
     QCOMPARE(devices()->device(0).name(), QString("nobody heard")); // whatever the camera says

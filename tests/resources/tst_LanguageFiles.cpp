@@ -228,7 +228,8 @@ void addLanguages()
 
 }
 
-class tst_LanguageFiles : public QObject {
+class tst_LanguageFiles : public QObject
+{
     Q_OBJECT
 
 private slots:

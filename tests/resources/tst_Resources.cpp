@@ -81,8 +81,7 @@ QImage drawn(const QString &source, int pixels)
     return image.convertToFormat(QImage::Format_ARGB32);
 }
 
-template <typename Function>
-void forEachPixel(const QImage &image, Function function)
+template <typename Function> void forEachPixel(const QImage &image, Function function)
 {
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x)
@@ -120,7 +119,8 @@ QStringList filesOf(const QString &folder, const QString &filter)
 
 }
 
-class tst_Resources : public QObject {
+class tst_Resources : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -3,6 +3,7 @@
 #include "TestNetwork.h"
 
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 
 namespace {
@@ -30,6 +31,12 @@ FleetProcess::~FleetProcess()
 void FleetProcess::addOptions(const QStringList &more)
 {
     options += more;
+}
+
+QJsonObject FleetProcess::unhurried()
+{
+    const QJsonObject late = {{"on", "search"}, {"delay-ms", 250}};
+    return {{"camera", "all"}, {"rules", QJsonArray{late}}};
 }
 
 void FleetProcess::setScenario(const QJsonObject &scenario)

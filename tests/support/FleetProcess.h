@@ -18,6 +18,9 @@ public:
 
     void addOptions(const QStringList &options);
     void setScenario(const QJsonObject &scenario);
+    // Entry of a scenario: all cameras take a while to answer a search. A window searches while its
+    // sockets still open, and an answer that comes before them is lost.
+    static QJsonObject unhurried();
 
     // True when all cameras listen.
     bool start();
