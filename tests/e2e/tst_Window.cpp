@@ -3,6 +3,7 @@
 #include "CVTableWidget.h"
 #include "CVWidget.h"
 #include "FleetProcess.h"
+#include "LogCatcher.h"
 #include "MediaButton.h"
 #include "ModalDriver.h"
 #include "SettingsFile.h"
@@ -56,6 +57,8 @@ private slots:
     void cancelledSearch();
     void cancelledWrite_data();
     void cancelledWrite();
+    void cancelledUpload_data();
+    void cancelledUpload();
     void silentCameraEndsByItself();
 
 private:
@@ -104,6 +107,17 @@ void setText(QDialog *dialog, const char *edit, const QString &text)
 void press(QDialog *dialog, const char *button)
 {
     QTest::mouseClick(dialog->findChild<QPushButton *>(button), Qt::LeftButton);
+}
+}
+
+namespace {
+std::function<void(QFileDialog &)> chooses(const QString &path)
+{
+    return [path](QFileDialog &dialog) {
+        dialog.setDirectory(QFileInfo(path).path());
+        setText(&dialog, "fileNameEdit", QFileInfo(path).fileName());
+        QTest::keyClick(dialog.findChild<QLineEdit *>("fileNameEdit"), Qt::Key_Return);
+    };
 }
 }
 
@@ -290,11 +304,7 @@ void tst_Window::upgrade()
     image.close();
 
     devices()->setCurrentCell(6, 2);
-    const ModalDriver<QFileDialog> driver([&image](QFileDialog &dialog) {
-        dialog.setDirectory(QFileInfo(image.fileName()).path());
-        setText(&dialog, "fileNameEdit", QFileInfo(image.fileName()).fileName());
-        QTest::keyClick(dialog.findChild<QLineEdit *>("fileNameEdit"), Qt::Key_Return);
-    });
+    const ModalDriver<QFileDialog> driver(chooses(image.fileName()));
     click("upgradeButton");
 
     QTRY_COMPARE(fleet->events("upload").size(), 1);
@@ -457,6 +467,41 @@ void tst_Window::cancelledWrite_data()
         QTest::addRow("%s, closing", write.method)
             << write.button << write.method << Leave(closeWindow);
     }
+}
+
+void tst_Window::cancelledUpload_data()
+{
+    cancelledSearch_data();
+}
+
+// The upload that runs is not broken off: the window waits for the camera's answer.
+void tst_Window::cancelledUpload()
+{
+    QFETCH(Leave, leave);
+    const QJsonObject late = {{"on", "upload"}, {"delay-ms", 700}, {"apply", false}};
+    fleet->setScenario(
+        {{"cameras", QJsonArray{QJsonObject{{"camera", 1}, {"rules", QJsonArray{late}}}}}});
+    open();
+    QTemporaryFile image;
+    QVERIFY(image.open());
+    image.write("firmware");
+    image.flush();
+
+    int result = -1;
+    const LogCatcher log;
+    const ModalDriver<QFileDialog> files(chooses(image.fileName()));
+    const ModalDriver<VorlynDeviceFirmwareSettingsDialog> driver(
+        [&](VorlynDeviceFirmwareSettingsDialog &dialog) {
+            connect(&dialog, &QDialog::finished, this, [&result](int code) { result = code; });
+            QTRY_COMPARE(log.beginning("form-data").size(), 1); // the upload has begun
+            leave(&dialog);
+        });
+    click("upgradeButton");
+    QCOMPARE(result, int(QDialog::Rejected));
+    QVERIFY(!QApplication::activeModalWidget());
+    QCOMPARE(fleet->events("upload").size(), 1);
+    QCOMPARE(fleet->events("upload").first()["complete"].toBool(), true);
+    QVERIFY(panel()->isEnabled());
 }
 
 // A camera that never answers: the wait would last three seconds.
