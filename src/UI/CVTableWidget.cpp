@@ -5,29 +5,11 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QStyledItemDelegate>
 
 #include <algorithm>
 
-namespace {
-// A cell fills its place. The usual delegate asks the item and the style first, for every cell at
-// each scroll step.
-class CellDelegate : public QStyledItemDelegate
-{
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    void updateEditorGeometry(
-        QWidget *cell, const QStyleOptionViewItem &option, const QModelIndex &) const override
-    {
-        cell->setGeometry(option.rect);
-    }
-};
-}
-
 CVTableWidget::CVTableWidget(QWidget *parent) : QTableWidget(parent)
 {
-    setItemDelegate(new CellDelegate(this));
     // A gesture of the viewport is looked for in every event of every cell. With thousands of cells
     // that was half of each scroll step.
     viewport()->ungrabGesture(Qt::PanGesture);
