@@ -71,6 +71,9 @@ FleetCamera Fleet::makeCamera(int index, const QHostAddress &ip) const
         {QStringLiteral("ircut"), QStringLiteral("auto")},
         {QStringLiteral("color"), QStringLiteral("off")},
         {QStringLiteral("micTests"), QStringLiteral("0")}};
+    camera.stream = FleetStreamShape::usual(camera.position);
+    if (const int port = options.rtspPortOf(index))
+        camera.rtspPort = port;
     camera.setIp(ip.toString());
     return camera;
 }

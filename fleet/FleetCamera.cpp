@@ -210,9 +210,9 @@ constexpr const char *lastingFields[] = {"mac", "srcid", "appVersion"};
 constexpr const char *networkFields[] = {
     "ip", "netmask", "gateway", "dns1", "dns2", "IpMode", "rtsppath1"};
 
-QString streamOf(const QString &ip)
+QString streamOf(const QString &ip, int port)
 {
-    return QStringLiteral("rtsp://%1:8554/live1").arg(ip);
+    return QStringLiteral("rtsp://%1:%2/live1").arg(ip).arg(port);
 }
 
 }
@@ -235,9 +235,9 @@ QStringList FleetCamera::methods()
 
 void FleetCamera::setIp(const QString &ip)
 {
-    const QString stream = field("rtsppath1");
-    if (stream.isEmpty() || stream == streamOf(field("ip")))
-        fields[QStringLiteral("rtsppath1")] = streamOf(ip);
+    const QString address = field("rtsppath1");
+    if (address.isEmpty() || address == streamOf(field("ip"), rtspPort))
+        fields[QStringLiteral("rtsppath1")] = streamOf(ip, rtspPort);
     fields[QStringLiteral("ip")] = ip;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "FleetOptions.h"
 #include "FleetRule.h"
+#include "FleetStreamShape.h"
 
 #include <QHostAddress>
 #include <QJsonArray>
@@ -39,6 +41,8 @@ struct FleetCamera {
     QJsonArray wifi;
     int wifiScanMs = 300;
     int restartMs = -1; // below 0: as the fleet says
+    int rtspPort = FleetOptions::usualRtspPort; // in "rtsppath1"
+    FleetStreamShape stream;
     FleetRules rules;
 
     FleetCamera();

@@ -1,8 +1,12 @@
 #include "FleetCommandLine.h"
 
+#include "FleetStream.h"
+
 #include <QCommandLineParser>
 
 namespace {
+
+constexpr int lastPort = 65535;
 
 struct Option {
     const char *name;
@@ -71,6 +75,11 @@ constexpr Option optionTable[] = {
     {"http-port", "port", "Port of the web servers; 80 if not given, 0 for none.",
         "a number from 0 to 65535",
         [](const QString &t, FleetOptions &o) { return readWhole(t, 0, 65535, o.httpPort); }},
+    {"rtsp-port", "port",
+        "Port of the streams; 8554 if not given, 0 for none. With --no-addresses there are none "
+        "if it is not given.",
+        "a number from 0 to 65535",
+        [](const QString &t, FleetOptions &o) { return readWhole(t, 0, 65535, o.rtspPort); }},
     {"spread", "seconds", "Replies to a search are spread over this time; 0 if not given.",
         "a number from 0 to 3600",
         [](const QString &t, FleetOptions &o) { return readSeconds(t, o.spreadSeconds); }},
@@ -100,7 +109,7 @@ constexpr Option optionTable[] = {
         }},
     {"sha256", nullptr, "Digest of each firmware in the journal.", "",
         [](const QString &, FleetOptions &o) { return o.sha256 = true; }},
-    {"seed", "n", "Seed of everything random; 1 if not given.", "a number from 0 to 4294967295",
+    {"seed", "n", "Seed of the random spread; 1 if not given.", "a number from 0 to 4294967295",
         [](const QString &t, FleetOptions &o) { return readWhole(t, 0, 0xffffffffLL, o.seed); }},
 };
 
@@ -124,10 +133,19 @@ QString conflict(const FleetOptions &options)
 {
     if (options.interface.isEmpty())
         return QStringLiteral("--interface is missing");
-    if (!options.ownAddresses && options.httpPort && options.httpPort + options.count - 1 > 65535)
-        return QStringLiteral("%1 web servers from port %2 pass port 65535")
+    const int last = options.count - 1;
+    if (options.httpPortOf(last) > lastPort)
+        return QStringLiteral("%1 web servers from port %2 pass port %3")
             .arg(options.count)
-            .arg(options.httpPort);
+            .arg(options.httpPort)
+            .arg(lastPort);
+    if (options.rtspPortOf(last) > lastPort)
+        return QStringLiteral("%1 streams from port %2 pass port %3")
+            .arg(options.count)
+            .arg(options.rtspPort)
+            .arg(lastPort);
+    if (options.rtspPort > 0 && !FleetStream::isAvailable())
+        return QStringLiteral("--rtsp-port: this build has no streams");
     return QString();
 }
 

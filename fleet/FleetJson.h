@@ -19,6 +19,10 @@ template <qint64 First, qint64 Last> bool isWhole(const QJsonValue &value)
     const double number = value.toDouble();
     return value.isDouble() && number >= First && number <= Last && number == qint64(number);
 }
+inline bool isSeconds(const QJsonValue &value)
+{
+    return value.isDouble() && value.toDouble() >= 0 && value.toDouble() <= 3600;
+}
 inline bool isTrue(const QJsonValue &value)
 {
     return value.isBool() && value.toBool();

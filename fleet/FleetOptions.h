@@ -11,6 +11,7 @@ struct FleetOptions {
     quint64 firstMac = 0x02564C000001;
     bool ownAddresses = true;
     int httpPort = 80; // 0: no web servers
+    int rtspPort = -1; // 0: no streams; below 0: 8554 where cameras have their own addresses
     double spreadSeconds = 0;
     bool randomSpread = false;
     double restartSeconds = 3;
@@ -26,4 +27,13 @@ struct FleetOptions {
     {
         return ownAddresses || httpPort == 0 ? httpPort : httpPort + camera;
     }
+    // The same of its RTSP server, 0 for none.
+    int rtspPortOf(int camera) const
+    {
+        if (rtspPort < 0)
+            return ownAddresses ? usualRtspPort : 0;
+        return ownAddresses || rtspPort == 0 ? rtspPort : rtspPort + camera;
+    }
+
+    static constexpr int usualRtspPort = 8554;
 };

@@ -96,13 +96,45 @@ constexpr FleetJsonKey<FleetHttpAnswer> httpFaults[] = {
         [](const QJsonValue &v, FleetHttpAnswer &a) { a.delayMs = v.toInt(); }},
 };
 
+template <int FleetStreamFaults::*Field>
+void setMs(const QJsonValue &value, FleetStreamFaults &faults)
+{
+    faults.*Field = int(value.toDouble() * 1000);
+}
+
+constexpr FleetJsonKey<FleetStreamFaults> streamFaults[] = {
+    {"status", "a whole number from 300 to 999", isWhole<300, 999>,
+        [](const QJsonValue &v, FleetStreamFaults &f) { f.status = v.toInt(); }},
+    {"silent", "true", isTrue, [](const QJsonValue &, FleetStreamFaults &f) { f.silent = true; }},
+    {"reset", "true", isTrue, [](const QJsonValue &, FleetStreamFaults &f) { f.reset = true; }},
+    {"garbage", "a whole number from 1 to 1000000", isWhole<1, 1000000>,
+        [](const QJsonValue &v, FleetStreamFaults &f) { f.garbage = v.toInt(); }},
+    {"delay-ms", "a whole number from 0 to 600000", isWhole<0, 600000>,
+        [](const QJsonValue &v, FleetStreamFaults &f) { f.delayMs = v.toInt(); }},
+    {"freeze-after", "a number from 0 to 3600", isSeconds,
+        setMs<&FleetStreamFaults::freezeAfterMs>},
+    {"close-after", "a number from 0 to 3600", isSeconds, setMs<&FleetStreamFaults::closeAfterMs>},
+    {"lose-every", "a whole number from 1", isWhole<1, 1000000000>,
+        [](const QJsonValue &v, FleetStreamFaults &f) { f.loseEvery = v.toInt(); }},
+    {"corrupt-every", "a whole number from 1", isWhole<1, 1000000000>,
+        [](const QJsonValue &v, FleetStreamFaults &f) { f.corruptEvery = v.toInt(); }},
+};
+
+enum Kind { Method, Http, Stream };
+
+Kind kindOf(const QString &on)
+{
+    if (on == QLatin1String("upload") || on == QLatin1String("page"))
+        return Http;
+    return on == QLatin1String("stream") ? Stream : Method;
+}
+
 constexpr FleetJsonKey<FleetRule> ruleKeys[] = {
-    {"on", "the name of a method, \"any\", \"upload\" or \"page\"",
+    {"on", "the name of a method, \"any\", \"upload\", \"page\" or \"stream\"",
         [](const QJsonValue &v) {
-            FleetRule rule;
-            rule.on = v.toString();
-            return rule.isAboutHttp() || rule.on == QLatin1String("any")
-                || FleetCamera::methods().contains(rule.on);
+            const QString on = v.toString();
+            return kindOf(on) != Method || on == QLatin1String("any")
+                || FleetCamera::methods().contains(on);
         },
         [](const QJsonValue &v, FleetRule &r) { r.on = v.toString(); }},
     {"times", "a whole number from 1", isWhole<1, 1000000000>,
@@ -127,16 +159,9 @@ QString faultComplaint(
 
 }
 
-bool FleetRule::isAboutHttp() const
-{
-    return on == QLatin1String("upload") || on == QLatin1String("page");
-}
-
 bool FleetRule::isAbout(const QString &method) const
 {
-    return on == method
-        || (on == QLatin1String("any") && method != QLatin1String("upload")
-            && method != QLatin1String("page"));
+    return on == method || (on == QLatin1String("any") && kindOf(method) == Method);
 }
 
 QString FleetRule::read(const QJsonObject &object)
@@ -148,8 +173,15 @@ QString FleetRule::read(const QJsonObject &object)
         return problem;
     for (const QString &key : take(object, ruleKeys, *this))
         faults[key] = object.value(key);
-    return isAboutHttp() ? faultComplaint(faults, httpFaults, on)
-                         : faultComplaint(faults, replyFaults, on);
+    switch (kindOf(on)) {
+    case Http:
+        return faultComplaint(faults, httpFaults, on);
+    case Stream:
+        return faultComplaint(faults, streamFaults, on);
+    case Method:
+        break;
+    }
+    return faultComplaint(faults, replyFaults, on);
 }
 
 FleetRulePointer FleetRules::take(const QString &method)
@@ -175,6 +207,17 @@ void FleetReply::spoil(const FleetRule &rule)
 void FleetHttpAnswer::spoil(const FleetRule &rule)
 {
     take(rule.faults, httpFaults, *this);
+}
+
+void FleetStreamFaults::spoil(const FleetRule &rule)
+{
+    take(rule.faults, streamFaults, *this);
+}
+
+bool FleetStreamFaults::any() const
+{
+    return answersItself() || reset || delayMs > 0 || freezeAfterMs >= 0 || closeAfterMs >= 0
+        || loseEvery > 0 || corruptEvery > 0;
 }
 
 QByteArray FleetReply::datagram(const QJsonObject &object) const

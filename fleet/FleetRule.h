@@ -9,7 +9,7 @@
 // "This method gets this answer, this late." Made by the scenario, shared by all cameras that it
 // is about; how often it was used up is kept by each of them.
 struct FleetRule {
-    QString on; // a method, "any", "upload" or "page"
+    QString on; // a method, "any", "upload", "page" or "stream"
     QString place; // in the scenario, for messages
     int times = -1; // below 0: never used up
     int after = 0;
@@ -18,7 +18,6 @@ struct FleetRule {
     int used = 0; // by all cameras together
 
     bool isAbout(const QString &method) const;
-    bool isAboutHttp() const;
     // Reads a rule of the scenario; returns what is wrong with it, or an empty text.
     QString read(const QJsonObject &object);
 };
@@ -73,4 +72,22 @@ struct FleetHttpAnswer {
     bool fixed = false; // `body` and `contentType` were set by a rule
 
     void spoil(const FleetRule &rule);
+};
+
+// The same for one connection of a viewer. Times count from the first packet of media.
+struct FleetStreamFaults {
+    int status = 0; // 0: no such answer
+    bool silent = false;
+    bool reset = false;
+    int garbage = 0; // bytes in place of each answer
+    int delayMs = 0; // of each answer
+    int freezeAfterMs = -1; // below 0 never
+    int closeAfterMs = -1;
+    int loseEvery = 0; // packets, 0 none
+    int corruptEvery = 0;
+
+    void spoil(const FleetRule &rule);
+    bool any() const;
+    // The stream itself has no part in it.
+    bool answersItself() const { return silent || garbage > 0 || status > 0; }
 };

@@ -35,11 +35,10 @@ constexpr FleetJsonKey<FleetCamera> entryKeys[] = {
         [](const QJsonValue &v, FleetCamera &c) { c.wifi = v.toArray(); }},
     {"wifi-scan-ms", "a whole number from 0 to 600000", isWhole<0, 600000>,
         [](const QJsonValue &v, FleetCamera &c) { c.wifiScanMs = v.toInt(); }},
-    {"restart-seconds", "a number from 0 to 3600",
-        [](const QJsonValue &v) {
-            return v.isDouble() && v.toDouble() >= 0 && v.toDouble() <= 3600;
-        },
+    {"restart-seconds", "a number from 0 to 3600", isSeconds,
         [](const QJsonValue &v, FleetCamera &c) { c.restartMs = int(v.toDouble() * 1000); }},
+    {"stream", "an object", isObject,
+        [](const QJsonValue &v, FleetCamera &c) { c.stream.read(v.toObject()); }},
     {"after-reset", "an object", isObject,
         [](const QJsonValue &v, FleetCamera &c) { c.afterReset = v.toObject(); }},
     {"after-upgrade", "an object", isObject,
@@ -120,6 +119,9 @@ QString FleetScenario::readEntry(const QJsonObject &object, const QString &place
     if (!object.contains(QStringLiteral("camera")))
         return at(place, QStringLiteral("the key \"camera\" is missing"));
     QString problem = at(place, complaint(object, entryKeys));
+    if (problem.isEmpty())
+        problem = at(place + QStringLiteral(".stream"),
+            FleetStreamShape().read(object.value(QStringLiteral("stream")).toObject()));
 
     Entry entry{object.value(QStringLiteral("camera")), place, object, {}};
     const QJsonArray rules = object.value(QStringLiteral("rules")).toArray();
@@ -153,8 +155,15 @@ bool FleetScenario::apply(QVector<FleetCamera> &cameras, QString *error) const
             return false;
         }
     }
-    for (FleetCamera &camera : cameras)
+    for (FleetCamera &camera : cameras) {
         camera.factory = camera.fields;
+        if (camera.stream.isEmpty()) {
+            *error = QStringLiteral("%1: the stream of camera %2 has neither picture nor sound")
+                         .arg(name)
+                         .arg(camera.position);
+            return false;
+        }
+    }
     return true;
 }
 

@@ -14,6 +14,9 @@ bool listen(QUdpSocket &socket, const QHostAddress &group, quint16 port, const Q
     QString *error);
 // Datagrams to a group leave through the interface that has this address.
 bool sendThrough(QUdpSocket &socket, const QHostAddress &local);
+// A second descriptor of the connection, which lives on when the socket object is aborted.
+// -1 on failure.
+qintptr duplicate(const QTcpSocket &socket);
 // Closes with a reset in place of an orderly end.
 void reset(QTcpSocket &socket);
 

@@ -6,6 +6,7 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -46,6 +47,11 @@ bool FleetSockets::listen(QUdpSocket &socket, const QHostAddress &group, quint16
 bool FleetSockets::sendThrough(QUdpSocket &socket, const QHostAddress &local)
 {
     return setOption(socket, IPPROTO_IP, IP_MULTICAST_IF, inAddress(local));
+}
+
+qintptr FleetSockets::duplicate(const QTcpSocket &socket)
+{
+    return fcntl(int(socket.socketDescriptor()), F_DUPFD_CLOEXEC, 0);
 }
 
 void FleetSockets::reset(QTcpSocket &socket)

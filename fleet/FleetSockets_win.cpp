@@ -50,6 +50,15 @@ bool FleetSockets::sendThrough(QUdpSocket &socket, const QHostAddress &local)
     return setOption(socket, IPPROTO_IP, IP_MULTICAST_IF, inAddress(local));
 }
 
+qintptr FleetSockets::duplicate(const QTcpSocket &socket)
+{
+    WSAPROTOCOL_INFOW info;
+    if (WSADuplicateSocketW(SOCKET(socket.socketDescriptor()), GetCurrentProcessId(), &info) != 0)
+        return -1;
+    return qintptr(WSASocketW(
+        FROM_PROTOCOL_INFO, FROM_PROTOCOL_INFO, FROM_PROTOCOL_INFO, &info, 0, WSA_FLAG_OVERLAPPED));
+}
+
 void FleetSockets::reset(QTcpSocket &socket)
 {
     setOption(socket, SOL_SOCKET, SO_LINGER, linger{1, 0});

@@ -30,6 +30,13 @@ bool hasFirmware(const FleetExchange &exchange)
         && exchange.form->size() > 0;
 }
 
+QString portProblem(int port, const QHostAddress &address, const QTcpServer &server)
+{
+    return QStringLiteral("port %1 of %2: %3")
+        .arg(port)
+        .arg(address.toString(), server.errorString());
+}
+
 // What a rule has set stays.
 void setAnswer(
     FleetHttpAnswer &answer, int status, const QByteArray &contentType, const QByteArray &body)
@@ -53,7 +60,8 @@ FleetStation::FleetStation(const FleetCamera &camera, const FleetOptions &option
     journal(journal),
     http(*this, options.sha256),
     home(camera.ip()),
-    up(false)
+    up(false),
+    rtsp(*this, camera.stream)
 { }
 
 bool FleetStation::open(QString *error)
@@ -72,12 +80,29 @@ bool FleetStation::listen(QString *error)
 {
     http.close();
     const QHostAddress address = network.socketAddress(home);
-    if (options.httpPort == 0 || http.listen(address, httpPort()))
+    const bool viewers = listenForViewers(address, error);
+    const bool web = options.httpPort == 0 || http.listen(address, httpPort());
+    if (!web)
+        *error = portProblem(httpPort(), address, http);
+    return viewers && web;
+}
+
+bool FleetStation::listenForViewers(const QHostAddress &address, QString *error)
+{
+    const int port = options.rtspPortOf(record.position - 1);
+    rtsp.setName(record.field("name"));
+    if (port == 0 || record.stream.closed || !FleetStream::isAvailable()
+        || rtsp.open(address, quint16(port)))
         return true;
-    *error = QStringLiteral("port %1 of %2: %3")
-                 .arg(httpPort())
-                 .arg(address.toString(), http.errorString());
+    *error = portProblem(port, address, rtsp);
     return false;
+}
+
+// Nobody reaches the camera any more.
+void FleetStation::hush()
+{
+    http.close();
+    rtsp.shut();
 }
 
 void FleetStation::receive(
@@ -124,8 +149,11 @@ void FleetStation::receive(
 
 FleetCamera::Outcome FleetStation::obey(const QJsonObject &request, const FleetRulePointer &rule)
 {
-    if (!rule || rule->apply)
-        return record.obey(request, *this);
+    if (!rule || rule->apply) {
+        const FleetCamera::Outcome outcome = record.obey(request, *this);
+        rtsp.setName(record.field("name"));
+        return outcome;
+    }
     Nowhere nowhere;
     FleetCamera copy = record;
     FleetCamera::Outcome outcome = copy.obey(request, nowhere);
@@ -175,7 +203,7 @@ void FleetStation::restart(const char *why, const std::function<void()> &change)
     report("restart",
         {{QStringLiteral("why"), QLatin1String(why)}, {QStringLiteral("seconds"), ms / 1000.0}});
     up = false;
-    http.close();
+    hush();
     QTimer::singleShot(ms, Qt::PreciseTimer, this, [this, change] {
         change();
         settle();
@@ -185,7 +213,7 @@ void FleetStation::restart(const char *why, const std::function<void()> &change)
     });
 }
 
-// Makes the network agree with the record: address and web server.
+// Makes the network agree with the record: address, web server and stream.
 void FleetStation::settle()
 {
     const QHostAddress ip = record.ip();
@@ -206,7 +234,7 @@ bool FleetStation::moveTo(const QHostAddress &ip)
     claimed = QHostAddress();
     const QHostAddress left = home;
     home = ip;
-    http.close();
+    hush();
     release(left);
     report(
         "move", {{QStringLiteral("from"), left.toString()}, {QStringLiteral("to"), ip.toString()}});
@@ -292,6 +320,16 @@ void FleetStation::answered(const FleetExchange &exchange)
         return;
     const QString file = exchange.form->fileName();
     restart("firmware", [this, file] { record.upgrade(file); });
+}
+
+FleetRulePointer FleetStation::viewerCame()
+{
+    return record.rules.take(QStringLiteral("stream"));
+}
+
+void FleetStation::streamTold(const char *event, const QJsonObject &more)
+{
+    report(event, more);
 }
 
 QJsonObject FleetStation::identity() const

@@ -3,6 +3,7 @@
 #include "FleetCamera.h"
 #include "FleetFrame.h"
 #include "FleetHttp.h"
+#include "FleetRtspServer.h"
 
 #include <functional>
 
@@ -10,9 +11,12 @@ class FleetJournal;
 class FleetNetwork;
 struct FleetOptions;
 
-// One camera on the network: gives the record its address, its web server and its time. While the
-// camera restarts nothing gets in or out.
-class FleetStation : public QObject, private FleetSurroundings, private FleetHttpSite
+// One camera on the network: gives the record its address, its web server, its stream and its time.
+// While the camera restarts nothing gets in or out.
+class FleetStation : public QObject,
+                     private FleetSurroundings,
+                     private FleetHttpSite,
+                     private FleetStreamSite
 {
     Q_OBJECT
 
@@ -22,7 +26,7 @@ public:
 
     const FleetCamera &camera() const { return record; }
     QHostAddress address() const { return home; } // where it is, whatever it reports
-    // Opens the web server. False with one line of text.
+    // Opens the web server and the stream. False with one line of text.
     bool open(QString *error);
     // A good request to this camera, from "10.77.0.1:40123".
     void receive(const FleetFrame::Request &request, const QString &source, int extraDelayMs);
@@ -35,6 +39,9 @@ private:
     void finish(FleetExchange &exchange) override;
     void answered(const FleetExchange &exchange) override;
 
+    FleetRulePointer viewerCame() override;
+    void streamTold(const char *event, const QJsonObject &more) override;
+
     FleetCamera::Outcome obey(const QJsonObject &request, const FleetRulePointer &rule);
     void send(const FleetReply &reply);
     void restart(const char *why, const std::function<void()> &change);
@@ -42,6 +49,8 @@ private:
     bool moveTo(const QHostAddress &ip);
     void release(const QHostAddress &ip);
     bool listen(QString *error);
+    bool listenForViewers(const QHostAddress &address, QString *error);
+    void hush();
     quint16 httpPort() const;
 
     void answerUpload(FleetExchange &exchange) const;
@@ -61,4 +70,5 @@ private:
     QHostAddress home;
     QHostAddress claimed; // taken for a move that is still to come, else null
     bool up;
+    FleetRtspServer rtsp; // the last, as it still tells the rest at its end
 };

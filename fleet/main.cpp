@@ -1,5 +1,6 @@
 #include "Fleet.h"
 #include "FleetCommandLine.h"
+#include "FleetStream.h"
 #include "StopSignals.h"
 
 #include <QCoreApplication>
@@ -31,11 +32,12 @@ int run(const FleetOptions &options)
     const Fleet::Start result = fleet.start(&error);
     if (result != Fleet::Started)
         return complain(error, result == Fleet::BadScenario ? WrongUse : NetworkRefused);
-    print(QStringLiteral("READY cameras=%1 interface=%2 first=%3 last=%4 http=%5")
+    print(QStringLiteral("READY cameras=%1 interface=%2 first=%3 last=%4 http=%5 rtsp=%6")
               .arg(fleet.count())
               .arg(options.interface, fleet.address(0).toString(),
                   fleet.address(fleet.count() - 1).toString())
-              .arg(options.httpPort));
+              .arg(options.httpPort)
+              .arg(FleetStream::isAvailable() ? options.rtspPortOf(0) : 0));
     return QCoreApplication::exec();
 }
 

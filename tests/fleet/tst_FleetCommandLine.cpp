@@ -9,6 +9,7 @@ class tst_FleetCommandLine : public QObject
 private slots:
     void defaults();
     void everyOption();
+    void streamsThatCostNothing();
     void wrong_data();
     void wrong();
     void help();
@@ -35,6 +36,8 @@ void tst_FleetCommandLine::defaults()
     QVERIFY(options.firstAddress.isNull());
     QVERIFY(options.ownAddresses);
     QCOMPARE(options.httpPort, 80);
+    QCOMPARE(options.rtspPortOf(0), 8554);
+    QCOMPARE(options.rtspPortOf(7), 8554);
     QCOMPARE(options.restartSeconds, 3.0);
     QCOMPARE(options.spreadSeconds, 0.0);
     QVERIFY(options.journal.isEmpty());
@@ -43,16 +46,18 @@ void tst_FleetCommandLine::defaults()
 void tst_FleetCommandLine::everyOption()
 {
     QCOMPARE(read({"--interface=eth0", "--count", "7", "--first-address", "10.0.0.5", "--first-mac",
-                 "AA:00:00:00:00:01", "--no-addresses", "--http-port", "8080", "--spread", "2.5",
-                 "--spread-order", "random", "--restart-seconds", "0.5", "--dhcp-pool",
-                 "10.0.0.50-10.0.0.60", "--scenario", "s.json", "--journal", "-", "--sha256",
-                 "--seed", "99"}),
+                 "AA:00:00:00:00:01", "--no-addresses", "--http-port", "8080", "--rtsp-port",
+                 "9000", "--spread", "2.5", "--spread-order", "random", "--restart-seconds", "0.5",
+                 "--dhcp-pool", "10.0.0.50-10.0.0.60", "--scenario", "s.json", "--journal", "-",
+                 "--sha256", "--seed", "99"}),
         FleetCommandLine::Good);
     QCOMPARE(options.count, 7);
     QCOMPARE(options.firstAddress, QHostAddress("10.0.0.5"));
     QCOMPARE(options.firstMac, quint64(0xAA0000000001));
     QVERIFY(!options.ownAddresses);
     QCOMPARE(options.httpPort, 8080);
+    QCOMPARE(options.rtspPortOf(0), 9000);
+    QCOMPARE(options.rtspPortOf(6), 9006);
     QCOMPARE(options.spreadSeconds, 2.5);
     QVERIFY(options.randomSpread);
     QCOMPARE(options.restartSeconds, 0.5);
@@ -62,6 +67,15 @@ void tst_FleetCommandLine::everyOption()
     QCOMPARE(options.journal, QString("-"));
     QVERIFY(options.sha256);
     QCOMPARE(options.seed, 99u);
+}
+
+// Thousands of cameras have no streams unless they are asked for.
+void tst_FleetCommandLine::streamsThatCostNothing()
+{
+    QCOMPARE(read({"--interface", "eth0", "--no-addresses"}), FleetCommandLine::Good);
+    QCOMPARE(options.rtspPortOf(0), 0);
+    QCOMPARE(read({"--interface", "eth0", "--rtsp-port", "0"}), FleetCommandLine::Good);
+    QCOMPARE(options.rtspPortOf(3), 0);
 }
 
 void tst_FleetCommandLine::wrong_data()
@@ -80,6 +94,10 @@ void tst_FleetCommandLine::wrong_data()
     row({"--interface", "e", "--first-address", "::1"}, "--first-address must be an IPv4 address");
     row({"--interface", "e", "--first-mac", "AABB"}, "--first-mac must be a MAC");
     row({"--interface", "e", "--http-port", "65536"}, "--http-port must be");
+    row({"--interface", "e", "--rtsp-port", "-1"}, "--rtsp-port must be a number from 0 to 65535");
+    row({"--interface", "e", "--rtsp-port", "rtsp"}, "--rtsp-port must be");
+    row({"--interface", "e", "--no-addresses", "--count", "9", "--rtsp-port", "65530"},
+        "9 streams from port 65530 pass port 65535");
     row({"--interface", "e", "--spread", "-1"}, "--spread must be");
     row({"--interface", "e", "--spread-order", "odd"}, "--spread-order must be even or random");
     row({"--interface", "e", "--restart-seconds", "soon"}, "--restart-seconds must be");
@@ -104,10 +122,11 @@ void tst_FleetCommandLine::wrong()
 void tst_FleetCommandLine::help()
 {
     QCOMPARE(read({"--help", "--count", "0"}), FleetCommandLine::Help);
-    for (const char *option : {"--interface <name>", "--count <n>", "--first-address <address>",
-             "--first-mac <mac>", "--no-addresses", "--http-port <port>", "--spread <seconds>",
-             "--spread-order <order>", "--restart-seconds <seconds>", "--dhcp-pool <first-last>",
-             "--scenario <file>", "--journal <file>", "--sha256", "--seed <n>"})
+    for (const char *option :
+        {"--interface <name>", "--count <n>", "--first-address <address>", "--first-mac <mac>",
+            "--no-addresses", "--http-port <port>", "--rtsp-port <port>", "--spread <seconds>",
+            "--spread-order <order>", "--restart-seconds <seconds>", "--dhcp-pool <first-last>",
+            "--scenario <file>", "--journal <file>", "--sha256", "--seed <n>"})
         QVERIFY2(text.contains(option), option);
 }
 

@@ -304,7 +304,8 @@ void tst_FleetProgram::readyLine()
             "10.77.0.31", "--http-port", "8080"}));
     QVERIFY(process.waitForReadyRead(longestWaitMs));
     QCOMPARE(process.readAllStandardOutput(),
-        QByteArray("READY cameras=2 interface=cam-a first=10.77.0.31 last=10.77.0.32 http=8080\n"));
+        QByteArray("READY cameras=2 interface=cam-a first=10.77.0.31 last=10.77.0.32 http=8080 "
+                   "rtsp=8554\n"));
     QCOMPARE(cameraAddresses(), QStringList({"10.77.0.2/24", "10.77.0.31/24", "10.77.0.32/24"}));
     process.terminate();
     QVERIFY(process.waitForFinished(longestWaitMs));

@@ -52,6 +52,8 @@ private slots:
     void burst();
     void delays();
     void httpFaults();
+    void streamFaults_data();
+    void streamFaults();
 };
 
 void tst_FleetRule::wrong_data()
@@ -68,6 +70,17 @@ void tst_FleetRule::wrong_data()
         {R"({"on":"SetName","dely-ms":5})", "unknown key \"dely-ms\" in a rule on \"SetName\""},
         {R"({"on":"SetName","status":500})", "unknown key \"status\""},
         {R"({"on":"upload","copies":2})", "unknown key \"copies\" in a rule on \"upload\""},
+        {R"({"on":"stream","copies":2})", "unknown key \"copies\" in a rule on \"stream\""},
+        {R"({"on":"page","garbage":2})", "unknown key \"garbage\" in a rule on \"page\""},
+        {R"({"on":"stream","status":200})", "\"status\" must be a whole number from 300 to 999"},
+        {R"({"on":"stream","silent":1})", "\"silent\" must be true"},
+        {R"({"on":"stream","reset":false})", "\"reset\" must be true"},
+        {R"({"on":"stream","garbage":0})", "\"garbage\" must be a whole number from 1"},
+        {R"({"on":"stream","freeze-after":-1})",
+            "\"freeze-after\" must be a number from 0 to 3600"},
+        {R"({"on":"stream","close-after":"1"})", "\"close-after\" must be a number from 0 to 3600"},
+        {R"({"on":"stream","lose-every":0})", "\"lose-every\" must be a whole number from 1"},
+        {R"({"on":"stream","corrupt-every":1.5})", "\"corrupt-every\" must be a whole number"},
         {R"({"on":"SetName","delay-ms":-1})", "\"delay-ms\" must be a whole number from 0"},
         {R"({"on":"SetName","delay-ms":1.5})", "\"delay-ms\" must be a whole number from 0"},
         {R"({"on":"SetName","delay-ms":"5"})", "\"delay-ms\" must be a whole number from 0"},
@@ -270,6 +283,35 @@ void tst_FleetRule::httpFaults()
     answer.spoil(*rule(R"({"on":"page","silent":true,"reset-after":0})"));
     QVERIFY(answer.silent);
     QCOMPARE(answer.resetAfter, qint64(0));
+}
+
+void tst_FleetRule::streamFaults_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    QTest::addColumn<bool>("any");
+    QTest::addColumn<bool>("answersItself");
+    QTest::newRow("none") << QByteArray(R"({"on":"stream","times":3})") << false << false;
+    QTest::newRow("no delay") << QByteArray(R"({"on":"stream","delay-ms":0})") << false << false;
+    for (const char *fault : {"\"status\":404", "\"silent\":true", "\"garbage\":9"})
+        QTest::newRow(fault) << QByteArray("{\"on\":\"stream\",") + fault + '}' << true << true;
+    for (const char *fault : {"\"reset\":true", "\"delay-ms\":1", "\"freeze-after\":0",
+             "\"close-after\":0", "\"lose-every\":1", "\"corrupt-every\":1"})
+        QTest::newRow(fault) << QByteArray("{\"on\":\"stream\",") + fault + '}' << true << false;
+}
+
+void tst_FleetRule::streamFaults()
+{
+    QFETCH(QByteArray, json);
+    FleetRules rules;
+    rules.append(rule(json.constData()));
+    for (const char *other : {"SetName", "page", "upload"})
+        QVERIFY(!rules.take(other));
+    const FleetRulePointer taken = rules.take("stream");
+    QVERIFY(taken);
+    FleetStreamFaults faults;
+    faults.spoil(*taken);
+    QTEST(faults.any(), "any");
+    QTEST(faults.answersItself(), "answersItself");
 }
 
 QTEST_GUILESS_MAIN(tst_FleetRule)

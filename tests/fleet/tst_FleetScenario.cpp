@@ -29,6 +29,9 @@ private slots:
     void entriesInOrder();
     void everyKey();
     void factoryState();
+    void streams();
+    void emptyStream();
+    void usualStreams();
     void nobody_data();
     void nobody();
     void rulesAreShared();
@@ -62,6 +65,32 @@ void tst_FleetScenario::wrong_data()
             "s.json: cameras[0]: \"wifi-scan-ms\" must be a whole number from 0 to 600000"},
         {R"({"cameras":[{"camera":1,"restart-seconds":-1}]})",
             "s.json: cameras[0]: \"restart-seconds\" must be a number from 0 to 3600"},
+        {R"({"cameras":[{"camera":1,"stream":5}]})",
+            "s.json: cameras[0]: \"stream\" must be an object"},
+        {R"({"cameras":[{"camera":1,"stream":{"codec":"H.264"}}]})",
+            "s.json: cameras[0].stream: unknown key \"codec\""},
+        {R"({"cameras":[{"camera":1,"stream":{"video":"h264"}}]})",
+            "s.json: cameras[0].stream: \"video\" must be \"H.264\", \"H.265\" or \"none\""},
+        {R"({"cameras":[{"camera":1,"stream":{"audio":"MP3"}}]})",
+            "s.json: cameras[0].stream: \"audio\" must be \"AAC\", \"PCMA\" or \"none\""},
+        {R"({"cameras":[{"camera":1,"stream":{"size":"641x480"}}]})",
+            "s.json: cameras[0].stream: \"size\" must be a size like 1280x720"},
+        {R"({"cameras":[{"camera":1,"stream":{"size":"32x32"}}]})",
+            "s.json: cameras[0].stream: \"size\" must be"},
+        {R"({"cameras":[{"camera":1,"stream":{"size":"1280x9000"}}]})",
+            "s.json: cameras[0].stream: \"size\" must be"},
+        {R"({"cameras":[{"camera":1,"stream":{"size":1280}}]})",
+            "s.json: cameras[0].stream: \"size\" must be"},
+        {R"({"cameras":[{"camera":1,"stream":{"fps":0}}]})",
+            "s.json: cameras[0].stream: \"fps\" must be a whole number from 1 to 60"},
+        {R"({"cameras":[{"camera":1,"stream":{"next-size":"big"}}]})",
+            "s.json: cameras[0].stream: \"next-size\" must be a size like 1280x720"},
+        {R"({"cameras":[{"camera":1,"stream":{"next-size-after":-1}}]})",
+            "s.json: cameras[0].stream: \"next-size-after\" must be a number from 0 to 3600"},
+        {R"({"cameras":[{"camera":1,"stream":{"always":1}}]})",
+            "s.json: cameras[0].stream: \"always\" must be true or false"},
+        {R"({"cameras":[{"camera":1,"stream":{"closed":"yes"}}]})",
+            "s.json: cameras[0].stream: \"closed\" must be true or false"},
         {R"({"cameras":[{"camera":1},
                 {"camera":2,"rules":[{"on":"SetName"},{"on":"SetName","delay":1}]}]})",
             "s.json: cameras[1].rules[1]: unknown key \"delay\" in a rule on \"SetName\""},
@@ -145,6 +174,62 @@ void tst_FleetScenario::factoryState()
     cameras[0].reset(false);
     QCOMPARE(cameras[0].field("name"), QString("made so"));
     QCOMPARE(cameras[2].factory, cameras[2].fields);
+}
+
+// Later entries change what they tell and leave the rest.
+void tst_FleetScenario::streams()
+{
+    FleetScenario scenario;
+    QString error;
+    QVERIFY2(scenario.parse(R"({"cameras":[{"camera":"all","stream":{"video":"H.265","audio":"PCMA",
+        "size":"640x480","fps":10,"next-size":"1920x1080","next-size-after":2.5,"note":"n"}},
+        {"camera":2,"stream":{"audio":"none","always":true}},
+        {"camera":3,"stream":{"video":"none","closed":true}}]})",
+                 "s", &error),
+        qPrintable(error));
+    QVector<FleetCamera> cameras = threeCameras();
+    QVERIFY2(scenario.apply(cameras, &error), qPrintable(error));
+    const FleetStreamShape &first = cameras[0].stream;
+    QCOMPARE(first.video, FleetStreamShape::H265);
+    QCOMPARE(first.audio, FleetStreamShape::Pcma);
+    QCOMPARE(first.size, QSize(640, 480));
+    QCOMPARE(first.fps, 10);
+    QCOMPARE(first.nextSize, QSize(1920, 1080));
+    QCOMPARE(first.nextSizeAfter, 2.5);
+    QVERIFY(!first.always && !first.closed);
+    QCOMPARE(cameras[1].stream.video, FleetStreamShape::H265);
+    QCOMPARE(cameras[1].stream.audio, FleetStreamShape::NoAudio);
+    QVERIFY(cameras[1].stream.always);
+    QCOMPARE(cameras[2].stream.video, FleetStreamShape::NoVideo);
+    QCOMPARE(cameras[2].stream.audio, FleetStreamShape::Pcma);
+    QVERIFY(cameras[2].stream.closed);
+    QCOMPARE(cameras[2].stream.description()["size"].toString(), QString());
+    QCOMPARE(first.description()["size"].toString(), QString("640x480"));
+}
+
+void tst_FleetScenario::emptyStream()
+{
+    FleetScenario scenario;
+    QString error;
+    QVERIFY(scenario.parse(R"({"cameras":[{"camera":"all","stream":{"video":"none"}},
+        {"camera":2,"stream":{"audio":"none"}}]})",
+        "s.json", &error));
+    QVector<FleetCamera> cameras = threeCameras();
+    QVERIFY(!scenario.apply(cameras, &error));
+    QCOMPARE(error, QString("s.json: the stream of camera 2 has neither picture nor sound"));
+}
+
+void tst_FleetScenario::usualStreams()
+{
+    const QJsonObject first = FleetStreamShape::usual(1).description();
+    QCOMPARE(first, (QJsonObject{{"video", "H.264"}, {"audio", "AAC"}, {"size", "1280x720"}}));
+    for (int position = 1; position <= 20; ++position) {
+        const FleetStreamShape shape = FleetStreamShape::usual(position);
+        QVERIFY(!shape.isEmpty());
+        QVERIFY(!shape.always && !shape.closed && !shape.nextSize.isValid());
+        QCOMPARE(shape.fps, 25);
+        QCOMPARE(shape.description(), FleetStreamShape::usual(position + 8).description());
+    }
 }
 
 void tst_FleetScenario::nobody_data()
