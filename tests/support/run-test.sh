@@ -1,21 +1,24 @@
 #!/usr/bin/env bash
-# run-test.sh [--display] [--network] -- COMMAND...
+# run-test.sh [--display] [--network] [--sound] -- COMMAND...
 # Runs one test program with what it needs, takes it all down again and ends with its status.
 #   --display  a screen of its own (scripts/lib/display.sh)
 #   --network  a private network, made afresh (scripts/lib/network.sh). VORLYN_TEST_CAMERA_PID
 #              names a process in the cameras' namespace:
 #              "nsenter -t $VORLYN_TEST_CAMERA_PID -n COMMAND" runs there.
+#   --sound    a sound server of its own (scripts/lib/sound.sh)
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 . "$here/../../scripts/lib/network.sh"
 . "$here/../../scripts/lib/display.sh"
+. "$here/../../scripts/lib/sound.sh"
 
 arguments=("$@")
-display= network=
+display= network= sound=
 while [ $# -gt 0 ]; do
     case $1 in
         --display) display=1 ;;
         --network) network=1 ;;
+        --sound) sound=1 ;;
         --) shift; break ;;
         *) echo "run-test.sh: unknown option $1" >&2; exit 2 ;;
     esac
@@ -24,10 +27,10 @@ done
 [ -z "$network" ] || enter_network "$0" "${arguments[@]}"
 
 work=$(mktemp -d)
-camera= display_pids=
+camera= display_pids= sound_pid=
 finish() {
-    for pid in $camera $display_pids; do kill "$pid" 2>/dev/null || true; done
-    for pid in $camera $display_pids; do wait "$pid" 2>/dev/null || true; done
+    for pid in $camera $display_pids $sound_pid; do kill "$pid" 2>/dev/null || true; done
+    for pid in $camera $display_pids $sound_pid; do wait "$pid" 2>/dev/null || true; done
     rm -rf "$work"
 }
 trap finish EXIT
@@ -38,5 +41,6 @@ if [ -n "$network" ]; then
     export VORLYN_TEST_CAMERA_PID=$camera
 fi
 [ -z "$display" ] || make_display "$work"
+[ -z "$sound" ] || make_sound "$work"
 
 "$@"

@@ -1,0 +1,112 @@
+#include "SinkRecorder.h"
+
+#include <QElapsedTimer>
+
+#include <cmath>
+#include <complex>
+#include <cstring>
+
+namespace {
+
+constexpr int patience = 30000; // milliseconds
+
+double power(const float *samples)
+{
+    double sum = 0;
+    for (int i = 0; i < SinkRecorder::window; ++i)
+        sum += double(samples[i]) * samples[i];
+    return sum / SinkRecorder::window;
+}
+
+// One bin of a discrete Fourier transform over the window.
+double amplitudeIn(const float *samples, double hertz)
+{
+    const double step = 2 * M_PI * hertz / SinkRecorder::rate;
+    std::complex<double> sum;
+    for (int i = 0; i < SinkRecorder::window; ++i)
+        sum += double(samples[i]) * std::polar(1.0, -step * i);
+    return 2 * std::abs(sum) / SinkRecorder::window;
+}
+
+} // namespace
+
+SinkRecorder::SinkRecorder(const QString &sink)
+{
+    QObject::connect(&process, &QProcess::readyReadStandardOutput, &process, [this] { read(); });
+    process.start("parec",
+        {"--device=" + sink + ".monitor", "--raw", "--format=float32le", "--channels=1",
+            QString("--rate=%1").arg(rate), "--latency-msec=20"});
+    QElapsedTimer waited;
+    waited.start();
+    // A sink's monitor gives silence too.
+    while (samples.isEmpty()) {
+        if (!process.waitForReadyRead(patience) || waited.elapsed() > patience)
+            qFatal(
+                "can't hear %s: %s", qPrintable(sink), process.readAllStandardError().constData());
+        read();
+    }
+}
+
+SinkRecorder::~SinkRecorder()
+{
+    process.disconnect();
+    process.kill();
+    process.waitForFinished(patience);
+}
+
+void SinkRecorder::restart()
+{
+    read();
+    samples.clear();
+}
+
+double SinkRecorder::seconds()
+{
+    read();
+    return samples.size() / double(rate);
+}
+
+double SinkRecorder::amplitude(double hertz)
+{
+    const float *found = loudest();
+    return found ? amplitudeIn(found, hertz) : 0.0;
+}
+
+double SinkRecorder::purity(double hertz)
+{
+    const float *found = loudest();
+    const double all = found ? power(found) : 0.0;
+    return all > 0 ? std::pow(amplitudeIn(found, hertz), 2) / 2 / all : 0.0;
+}
+
+void SinkRecorder::choose(const QString &sink)
+{
+    if (QProcess::execute("pactl", {"set-default-sink", sink}) != 0)
+        qFatal("there is no sink %s", qPrintable(sink));
+}
+
+void SinkRecorder::read()
+{
+    rest += process.readAllStandardOutput();
+    const int count = rest.size() / int(sizeof(float));
+    const int old = samples.size();
+    samples.resize(old + count);
+    std::memcpy(samples.data() + old, rest.constData(), count * sizeof(float));
+    rest.remove(0, count * int(sizeof(float)));
+}
+
+// Null until there is a whole window.
+const float *SinkRecorder::loudest()
+{
+    read();
+    const float *found = nullptr;
+    double most = -1;
+    for (int start = 0; start + window <= samples.size(); start += window / 2) {
+        const double here = power(samples.constData() + start);
+        if (here > most) {
+            most = here;
+            found = samples.constData() + start;
+        }
+    }
+    return found;
+}
