@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # run.sh            installs what is missing, builds, and opens the program in a private network
-#                   with eight simulated cameras. On a machine with no display it uses a virtual
-#                   one and writes screenshots in both languages to build/screenshots.
+#                   with eight simulated cameras, of which the first one plays. On a machine with
+#                   no display it uses a virtual one and writes screenshots in both languages to
+#                   build/screenshots.
 # run.sh --real     opens the program on this machine's own network instead.
 # Works as root and as an ordinary user who may make user namespaces.
 set -eu
@@ -14,7 +15,7 @@ screenshots=$root/build/screenshots
 
 case ${1:-} in
     '' | --real) ;;
-    *) sed -n '2,6s/^# //p' "$0"; [ "$1" = --help ] && exit 0; exit 2 ;;
+    *) sed -n '2,7s/^# //p' "$0"; [ "$1" = --help ] && exit 0; exit 2 ;;
 esac
 
 if [ -z "${VORLYN_IN_NETWORK:-}" ]; then
@@ -55,6 +56,10 @@ start_fleet() {
 windows() {
     [ "$(xdotool search --onlyvisible --class VorlynIPTool 2>/dev/null | wc -l)" -eq "$1" ]
 }
+# The preview of the chosen camera shows a picture, seen by its light.
+picture() {
+    import -window root -crop 400x200+400+200 -format '%[fx:mean > 0.1]' info: | grep -qx 1
+}
 shot() { import -window root "$screenshots/$1.png"; }
 
 # take_screenshots LANGUAGE: runs a copy of the program with settings of its own.
@@ -68,6 +73,7 @@ take_screenshots() {
     await windows 2
     shot "searching-$1"
     await windows 1
+    await picture
     shot "main-window-$1"
     kill "$program"
     wait "$program" || true

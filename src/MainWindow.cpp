@@ -166,8 +166,8 @@ void MainWindow::onCurrentCellChanged(int row, int column, int previousRow, int 
 
     const VorlynDevice device = devicesWidget->device(row);
     if (row == currentRow || row == -1) {
-        // Another column of the same row: a stream that runs goes on, one that failed or that a
-        // search has stopped starts anew. No row leaves the stream, and currentRow, as they are.
+        // Another column of the same row: an open stream goes on, also one that failed, and one that
+        // was stopped starts anew. No row leaves the stream, and currentRow, as they are.
         if (!videoView->isPlaying() && !device.rtspPath().isEmpty())
             videoView->play(device.rtspPath());
     } else {
