@@ -1,19 +1,32 @@
 #!/usr/bin/env bash
+# bench.sh                    searches, table, upload, start and idle: about two minutes
+# bench.sh preview OPTION...  the preview beside other players: about a quarter of an hour, and
+#                             best with nothing else running. Options: bench.sh preview --help
 # Prints the program's figures, measured with a release build against simulated cameras in a
-# private network and on a virtual screen. Nothing here passes or fails. Takes about two minutes.
+# private network and on a virtual screen. Nothing here passes or fails.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 bin=$root/build/release/bin
 bench=$root/build/release/benchmarks
 . "$root/scripts/lib/packages.sh"
 . "$root/scripts/lib/network.sh"
+player_packages="ffmpeg mpv gstreamer1.0-tools gstreamer1.0-x $sound_packages \
+    libx11-dev libxext-dev"
 
 if [ "${1:-}" != --inside ]; then
     # shellcheck disable=SC2086 # lists of names
     install_packages $build_packages $run_packages $screen_packages curl
+    # shellcheck disable=SC2086
+    [ "${1:-}" != preview ] || install_packages $player_packages
     cd "$root"
     cmake --preset release >/dev/null
     cmake --build --preset release
+    if [ "${1:-}" = preview ]; then
+        shift
+        exec "$root/tests/support/run-test.sh" --display --network --sound -- \
+            "$bench/bench-preview" "$bin/VorlynIPTool" "$bin/vorlyn-fleet" \
+            --raw "$root/build/preview.csv" "$@"
+    fi
     exec "$root/tests/support/run-test.sh" --display --network -- "$0" --inside
 fi
 
@@ -60,5 +73,7 @@ upload() { # WHAT OPTION...: to a camera that does no more than take the image
 upload "checks the digest of the image" --sha256
 upload "only counts the bytes"
 
-start_fleet --count 8 --first-address 10.77.0.11
+# No streams: a program that plays is not idle.
+echo '{"cameras": [{"camera": "all", "fields": {"rtsppath1": ""}}]}' >"$work/still.json"
+start_fleet --count 8 --first-address 10.77.0.11 --scenario "$work/still.json"
 "$bench/bench-program" "$bin/VorlynIPTool" "$bench/bare-window"
