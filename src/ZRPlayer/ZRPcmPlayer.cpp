@@ -18,9 +18,6 @@ extern "C" {
 namespace {
 
 constexpr int drainBytes = 8192; // the FIFO is played in blocks of this size
-// Milliseconds without a byte taken before a write gives up: the owner waits for the writing
-// thread, and a sound service that is gone takes nothing ever again.
-constexpr int patience = 2000;
 
 int64_t layoutOf(int channels)
 {
@@ -204,23 +201,18 @@ int ZRPcmPlayer::writeData(const uint8_t *data, int size)
         return 0;
 
     qint64 written = 1;
-    int refusals = 0;
-    while (size > 0 && !aborted && refusals < patience) {
+    while (size > 0 && !aborted) {
         const int period = output->periodSize();
         if (period < 0 || written <= 0) {
             QThread::usleep(1000);
             written = 1;
-            ++refusals;
             continue;
         }
         written = device->write(reinterpret_cast<const char *>(data), std::min(size, period));
         if (written > 0) {
             data += written;
             size -= static_cast<int>(written);
-            refusals = 0;
         }
     }
-    if (refusals == patience)
-        qWarning("the sound output takes nothing, %d bytes are lost", size);
     return 0;
 }

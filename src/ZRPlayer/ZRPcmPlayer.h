@@ -37,7 +37,7 @@ private:
 };
 
 // Plays decoded sound on the system's default output device. write() blocks until the device has
-// taken the data, or nothing for two seconds, and that alone sets the speed of sound in the player.
+// taken the data, however long that is, and that alone sets the speed of sound in the player.
 // Thread: start() before and stop() after the one thread that writes; setVolume() from anywhere.
 class ZRPcmPlayer
 {
@@ -55,7 +55,7 @@ public:
     void write(AVFrame *frame);
 
 protected:
-    // Bytes in the device's format. What a device that takes nothing leaves over is lost.
+    // Bytes in the device's format.
     int writeData(const uint8_t *data, int size);
 
     QIODevice *device = nullptr; // of `output`, null while stopped
