@@ -10,6 +10,7 @@ target_compile_options(project_options INTERFACE
 # by scripts/check-sources.sh, as Qt has no switch for them.
 target_compile_definitions(project_options INTERFACE
   QT_DEPRECATED_WARNINGS
+  QT_DEPRECATED_WARNINGS_SINCE=0x050C00 # what only later versions call old stays in use
   QT_DISABLE_DEPRECATED_BEFORE=0x050C00
   QT_MESSAGELOGCONTEXT) # the log names file and line in release builds too
 

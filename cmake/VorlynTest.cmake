@@ -1,18 +1,19 @@
-# vorlyn_add_test(<name> [DISPLAY] [NETWORK] [SOUND] SOURCES ... LIBRARIES ... [TIMEOUT seconds]
-#                 [ENVIRONMENT ...])
+# vorlyn_add_test(<name> [DISPLAY] [NETWORK] [SOUND] [PRINTING] SOURCES ... LIBRARIES ...
+#                 [TIMEOUT seconds] [ENVIRONMENT ...])
 # One test program in a folder of its own, as the program's settings, log and language lie beside
 # the program file. DISPLAY: runs on a screen of its own with a window manager.
 # NETWORK: runs in a private network with a second namespace for cameras. SOUND: plays to a sound
-# server of its own that can be listened to (tests/support/run-test.sh).
+# server of its own that can be listened to. PRINTING: prints to a print server of its own whose
+# jobs become files (tests/support/run-test.sh).
 function(vorlyn_add_test name)
-  cmake_parse_arguments(T "DISPLAY;NETWORK;SOUND" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(T "DISPLAY;NETWORK;SOUND;PRINTING" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
   add_executable(${name} ${T_SOURCES})
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${name})
   target_link_libraries(${name} PRIVATE project_options Qt5::Test ${T_LIBRARIES})
 
   set(options)
-  foreach(need DISPLAY NETWORK SOUND)
+  foreach(need DISPLAY NETWORK SOUND PRINTING)
     if(T_${need})
       string(TOLOWER --${need} option)
       list(APPEND options ${option})

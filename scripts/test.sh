@@ -6,7 +6,8 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 . "$root/scripts/lib/packages.sh"
 
 # shellcheck disable=SC2086 # lists of names
-install_packages $build_packages $run_packages $screen_packages $sound_packages curl libqt5svg5-dev
+install_packages $build_packages $run_packages $screen_packages $sound_packages \
+    $printing_packages curl libqt5svg5-dev
 cd "$root"
 scripts/check-sources.sh
 cmake --preset debug >/dev/null

@@ -2,12 +2,13 @@
 
 build_packages="g++ cmake ninja-build ccache pkg-config qtbase5-dev qtmultimedia5-dev libavformat-dev \
     libavcodec-dev libavutil-dev libswresample-dev libswscale-dev libgstrtspserver-1.0-dev \
-    libgstreamer-plugins-base1.0-dev"
-run_packages="iproute2 util-linux libgl1-mesa-dri fonts-dejavu-core fonts-wqy-microhei \
+    libgstreamer-plugins-base1.0-dev libqrencode-dev"
+run_packages="iproute2 util-linux libgl1-mesa-dri fonts-dejavu-core fonts-wqy-microhei fonts-liberation \
     libqt5multimedia5-plugins gstreamer1.0-plugins-base gstreamer1.0-plugins-good \
     gstreamer1.0-plugins-bad gstreamer1.0-plugins-ugly gstreamer1.0-libav"
 screen_packages="xvfb openbox x11-utils xdotool imagemagick"
 sound_packages="pulseaudio pulseaudio-utils"
+printing_packages="cups cups-client cups-filters poppler-utils zbar-tools"
 
 install_packages() { # NAME...
     local missing=() name

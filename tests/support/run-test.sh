@@ -1,41 +1,53 @@
 #!/usr/bin/env bash
-# run-test.sh [--display] [--network] [--sound] -- COMMAND...
+# run-test.sh [--display] [--network] [--sound] [--printing] -- COMMAND...
 # Runs one test program with what it needs, takes it all down again and ends with its status.
 #   --display  a screen of its own (scripts/lib/display.sh)
 #   --network  a private network, made afresh (scripts/lib/network.sh). VORLYN_TEST_CAMERA_PID
 #              names a process in the cameras' namespace:
 #              "nsenter -t $VORLYN_TEST_CAMERA_PID -n COMMAND" runs there.
 #   --sound    a sound server of its own (scripts/lib/sound.sh)
+#   --printing a print server of its own (scripts/lib/printing.sh). VORLYN_TEST_PRINT_FOLDER is
+#              where each printed job becomes a file NUMBER.pdf.
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 . "$here/../../scripts/lib/network.sh"
 . "$here/../../scripts/lib/display.sh"
 . "$here/../../scripts/lib/sound.sh"
+. "$here/../../scripts/lib/printing.sh"
 
 arguments=("$@")
-display= network= sound=
+display= network= sound= printing=
 while [ $# -gt 0 ]; do
     case $1 in
         --display) display=1 ;;
         --network) network=1 ;;
         --sound) sound=1 ;;
+        --printing) printing=1 ;;
         --) shift; break ;;
         *) echo "run-test.sh: unknown option $1" >&2; exit 2 ;;
     esac
     shift
 done
-[ -z "$network" ] || enter_network "$0" "${arguments[@]}"
+# The print server can't start in the network's user namespace: the rest runs inside of its life.
+[ -z "${VORLYN_TEST_PRINT_FOLDER:-}" ] || printing=
+[ -n "$printing" ] || [ -z "$network" ] || enter_network "$0" "${arguments[@]}"
 
 work=$(mktemp -d)
-camera= display_pids= sound_pid=
+camera= display_pids= sound_pid= printing_pid=
 finish() {
-    for pid in $camera $display_pids $sound_pid; do kill "$pid" 2>/dev/null || true; done
-    for pid in $camera $display_pids $sound_pid; do wait "$pid" 2>/dev/null || true; done
+    local pids="$camera $display_pids $sound_pid $printing_pid" pid
+    for pid in $pids; do kill "$pid" 2>/dev/null || true; done
+    for pid in $pids; do wait "$pid" 2>/dev/null || true; done
     rm -rf "$work"
 }
 trap finish EXIT
 trap 'exit 143' TERM INT
 
+if [ -n "$printing" ]; then
+    make_printing "$work"
+    "$0" "${arguments[@]}"
+    exit
+fi
 if [ -n "$network" ]; then
     make_network
     export VORLYN_TEST_CAMERA_PID=$camera
