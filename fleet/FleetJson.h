@@ -81,4 +81,13 @@ bool knows(const FleetJsonKey<Target> (&rows)[Rows], const QString &key)
     return false;
 }
 
+// "line 3, column 7" of a place in the text.
+inline QString lineAndColumn(const QByteArray &json, int offset)
+{
+    const QByteArray before = json.left(offset);
+    return QStringLiteral("line %1, column %2")
+        .arg(before.count('\n') + 1)
+        .arg(before.size() - before.lastIndexOf('\n'));
+}
+
 }

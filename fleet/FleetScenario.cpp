@@ -45,15 +45,6 @@ constexpr FleetJsonKey<FleetCamera> entryKeys[] = {
         [](const QJsonValue &v, FleetCamera &c) { c.afterUpgrade = v.toObject(); }},
 };
 
-// "line 3, column 7" of a place in the text.
-QString lineAndColumn(const QByteArray &json, int offset)
-{
-    const QByteArray before = json.left(offset);
-    return QStringLiteral("line %1, column %2")
-        .arg(before.count('\n') + 1)
-        .arg(before.size() - before.lastIndexOf('\n'));
-}
-
 // The one key of the file, or what is wrong with it.
 QString topLevelProblem(const QJsonObject &object)
 {

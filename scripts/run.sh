@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
 # run.sh            installs what is missing, builds, and opens the program in a private network
-#                   with eight simulated cameras, of which the first one plays. On a machine with
-#                   no display it uses a virtual one and writes screenshots in both languages to
-#                   build/screenshots.
-# run.sh --real     opens the program on this machine's own network instead.
+#                   with eight simulated cameras, of which the first one plays, and a simulated
+#                   label printer. It runs in build/demo, where settings and labels stay. On a
+#                   machine with no display it uses a virtual one and writes screenshots in both
+#                   languages to build/screenshots.
+# run.sh --real     opens the program on this machine's own network and with its printers instead.
 # Works as root and as an ordinary user who may make user namespaces.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 bin=$root/build/release/bin
+label_printer=$root/build/release/fleet/libWINPSK.so
+demo=$root/build/demo
 screenshots=$root/build/screenshots
 . "$root/scripts/lib/packages.sh"
 . "$root/scripts/lib/network.sh"
@@ -15,7 +18,7 @@ screenshots=$root/build/screenshots
 
 case ${1:-} in
     '' | --real) ;;
-    *) sed -n '2,7s/^# //p' "$0"; [ "$1" = --help ] && exit 0; exit 2 ;;
+    *) sed -n '2,8s/^# //p' "$0"; [ "$1" = --help ] && exit 0; exit 2 ;;
 esac
 
 if [ -z "${VORLYN_IN_NETWORK:-}" ]; then
@@ -25,7 +28,7 @@ if [ -z "${VORLYN_IN_NETWORK:-}" ]; then
     install_packages $needed
     cd "$root"
     cmake --preset release >/dev/null
-    cmake --build --preset release --target VorlynIPTool vorlyn-fleet LanguageFiles
+    cmake --build --preset release --target VorlynIPTool vorlyn-fleet WINPSK LanguageFiles
 fi
 if [ "${1:-}" = --real ]; then
     exec "$bin/VorlynIPTool"
@@ -52,6 +55,16 @@ start_fleet() {
     await grep -q READY "$work/fleet"
 }
 
+# place_program FOLDER: a copy of the program that prints to the simulated label printer.
+place_program() {
+    local settings=$1/configure/configure.ini
+    mkdir -p "$1/configure"
+    cp -r --remove-destination "$bin/VorlynIPTool" "$bin/language" "$label_printer" "$1"
+    [ -s "$settings" ] || echo '[General]' >"$settings"
+    grep -q '^printer%20name=.*POSTEK' "$settings" || sed -i -e '/^printer%20name=/d' \
+        -e '/^\[General\]/a printer%20name=POSTEK G6000' "$settings"
+}
+
 # windows N: exactly N windows of the program are on the screen.
 windows() {
     [ "$(xdotool search --onlyvisible --class VorlynIPTool 2>/dev/null | wc -l)" -eq "$1" ]
@@ -66,8 +79,8 @@ shot() { import -window root "$screenshots/$1.png"; }
 take_screenshots() {
     local folder=$work/$1
     mkdir -p "$folder/configure"
-    cp -r "$bin/VorlynIPTool" "$bin/language" "$folder"
     printf '[General]\nlangage=%s\nsearch%%20seconds=2\n' "$1" >"$folder/configure/configure.ini"
+    place_program "$folder"
     "$folder/VorlynIPTool" >/dev/null 2>&1 &
     program=$!
     await windows 2
@@ -83,7 +96,9 @@ take_screenshots() {
 make_network
 start_fleet
 if [ -n "${DISPLAY:-}" ]; then
-    "$bin/VorlynIPTool"
+    place_program "$demo"
+    echo "The label printer's labels: $demo/labels"
+    "$demo/VorlynIPTool"
 else
     make_display "$work"
     mkdir -p "$screenshots"
