@@ -2,6 +2,7 @@
 
 #include "CVTableWidget.h"
 #include "MediaButton.h"
+#include "PostekPrinter.h"
 #include "VorlynDeviceIPToolWidget.h"
 #include "VorlynDeviceVideoView.h"
 #include "VorlynDevicesWidget.h"
@@ -11,6 +12,8 @@
 #include "ZRConfigure.h"
 #include "ZRNamedChild.h"
 #include "ZRNetworkDialog.h"
+#include "ZRPrinterSettingsDialog.h"
+#include "ZRScanCodePrinterDialog.h"
 #include "ZRSettingsDialog.h"
 
 #include <QDesktopServices>
@@ -154,10 +157,15 @@ void MainWindow::onClickSettings()
     ZRSettingsDialog(nullptr).exec();
 }
 
-// There are no printer dialogs yet.
-void MainWindow::onClickPrinterSettings() { }
+void MainWindow::onClickPrinterSettings()
+{
+    ZRPrinterSettingsDialog(nullptr).exec();
+}
 
-void MainWindow::onClickScanCode() { }
+void MainWindow::onClickScanCode()
+{
+    ZRScanCodePrinterDialog(nullptr, PostekPrinter::printMR2XQRCode).exec();
+}
 
 void MainWindow::onCurrentCellChanged(int row, int column, int previousRow, int previousColumn)
 {

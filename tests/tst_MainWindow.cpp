@@ -13,6 +13,8 @@
 #include "VorlynSearchDialog.h"
 #include "WindowHeaderWidget.h"
 #include "ZRNetworkDialog.h"
+#include "ZRPrinterSettingsDialog.h"
+#include "ZRScanCodePrinterDialog.h"
 #include "ZRSettingsDialog.h"
 
 #include <QComboBox>
@@ -65,7 +67,7 @@ private slots:
     void headerButtonsOpenTheirDialogs();
     void refusedNetworkKeepsAll();
     void networkWithoutSdk();
-    void printerButtonsDoNothingYet();
+    void labelDialogsLeaveTheWindowAlone();
     void stopsTheNetwork();
     void withoutAnyInterface();
 
@@ -423,27 +425,25 @@ void tst_MainWindow::keysAreLeftToOthers()
     QVERIFY(!press.isAccepted());
 }
 
+namespace {
+// Clicks, and turns down the parentless dialog that comes.
+template <class Dialog> void opens(MediaButton *button)
+{
+    const ModalDriver<Dialog> driver([](Dialog &dialog) {
+        QVERIFY(!dialog.parentWidget());
+        dialog.reject();
+    });
+    emit button->clicked();
+}
+}
+
 void tst_MainWindow::headerButtonsOpenTheirDialogs()
 {
-    {
-        const ModalDriver<ZRSettingsDialog> driver([](ZRSettingsDialog &dialog) {
-            QVERIFY(!dialog.parentWidget());
-            dialog.reject();
-        });
-        emit header()->settingsButton->clicked();
-    }
-    {
-        const ModalDriver<ZRNetworkDialog> driver([](ZRNetworkDialog &dialog) {
-            QVERIFY(!dialog.parentWidget());
-            dialog.reject();
-        });
-        emit header()->networkButton->clicked();
-    }
-    {
-        const ModalDriver<VorlynSearchDialog> driver(
-            [](VorlynSearchDialog &dialog) { dialog.reject(); });
-        emit header()->searchButton->clicked();
-    }
+    opens<ZRSettingsDialog>(header()->settingsButton);
+    opens<ZRNetworkDialog>(header()->networkButton);
+    opens<VorlynSearchDialog>(header()->searchButton);
+    opens<ZRPrinterSettingsDialog>(header()->printerButton);
+    opens<ZRScanCodePrinterDialog>(header()->scanCodeButton);
 }
 
 void tst_MainWindow::refusedNetworkKeepsAll()
@@ -476,12 +476,17 @@ void tst_MainWindow::networkWithoutSdk()
     QVERIFY(playsElsewhere());
 }
 
-void tst_MainWindow::printerButtonsDoNothingYet()
+// The dialogs live no longer than they show, and the preview and its camera stay.
+void tst_MainWindow::labelDialogsLeaveTheWindowAlone()
 {
+    playElsewhere();
+    const int searches = fleet->requests("search").size();
     const QWidgetList before = QApplication::topLevelWidgets();
-    emit header()->printerButton->clicked();
-    emit header()->scanCodeButton->clicked();
+    opens<ZRPrinterSettingsDialog>(header()->printerButton);
+    opens<ZRScanCodePrinterDialog>(header()->scanCodeButton);
     QCOMPARE(QApplication::topLevelWidgets(), before);
+    QVERIFY(playsElsewhere());
+    QCOMPARE(fleet->requests("search").size(), searches);
 }
 
 void tst_MainWindow::stopsTheNetwork()
