@@ -29,6 +29,12 @@ void PTZButton::setPixmap(const QString &path, int width)
     update();
 }
 
+void PTZButton::setTurn(int degrees)
+{
+    turn = degrees;
+    update();
+}
+
 QSize PTZButton::sizeHint() const
 {
     return ZRButtonImage::sizeHint(path, imageWidth);
@@ -141,7 +147,12 @@ void PTZButton::paintEvent(QPaintEvent *event)
     const QRect area = disc();
     QPainter painter(this);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    const QPointF center = QRectF(area).center();
+    painter.translate(center);
+    painter.rotate(turn);
+    painter.translate(-center);
     painter.drawPixmap(area, ZRPixmapCache::pixmap(path, area.width()));
+    painter.resetTransform();
 
     painter.setPen(Qt::NoPen);
     if (!isEnabled())

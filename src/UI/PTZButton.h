@@ -14,7 +14,11 @@ public:
 
     // `width` pixels are the size hint; 0 means that of the file. The image fills the disc.
     void setPixmap(const QString &path, int width);
+    // Turns the image clockwise, in degrees.
+    void setTurn(int degrees);
     bool isPressed() const { return pressed; }
+    // Ends a press before the operator does.
+    void release();
 
     QSize sizeHint() const override;
 
@@ -40,9 +44,9 @@ private:
     QRect disc() const;
     bool isOnDisc(const QPoint &point) const;
     void press();
-    void release();
 
     QString path;
     int imageWidth = 0;
+    int turn = 0;
     bool pressed = false;
 };

@@ -1,23 +1,17 @@
 #include "VorlynDeviceIPToolWidget.h"
 
+#include "DialogCalls.h"
 #include "VorlynDeviceIPInfoDialog.h"
 #include "VorlynDeviceSettingsDialog.h"
 #include "ZRAlertDialog.h"
 #include "ZRLabel.h"
 #include "ZRNamedChild.h"
 
-#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
 namespace {
-void runToEnd(ZRWaitDialog &dialog)
-{
-    dialog.start();
-    dialog.exec();
-}
-
 // A row of three below `above`. A value in an edit field is as high as a button.
 void placeRow(const QWidget *above, QWidget *caption, QWidget *value, bool isEdit, QWidget *button)
 {
@@ -111,10 +105,7 @@ void VorlynDeviceIPToolWidget::onClickNameSetButton()
             Qt::AlignHCenter | Qt::AlignBottom, 5, 5);
         return;
     }
-    VorlynDeviceNameSettingsDialog dialog(nullptr);
-    dialog.setDevicesWidget(devicesWidget);
-    dialog.setDevices({device_}, {name});
-    runToEnd(dialog);
+    writeDevices<VorlynDeviceNameSettingsDialog>(devicesWidget, {device_}, {name});
 }
 
 void VorlynDeviceIPToolWidget::onClickIpSetButton()
@@ -126,14 +117,9 @@ void VorlynDeviceIPToolWidget::onClickIpSetButton()
 
 void VorlynDeviceIPToolWidget::onClickUpgradeButton()
 {
-    QFileDialog files(nullptr, QString(), QString(), QString());
-    files.setFileMode(QFileDialog::ExistingFile);
-    if (files.exec() != QDialog::Accepted || files.selectedFiles().isEmpty())
-        return;
-    VorlynDeviceFirmwareSettingsDialog dialog(nullptr);
-    dialog.setDevicesWidget(devicesWidget);
-    dialog.setDevices({device_}, {files.selectedFiles().constFirst()});
-    runToEnd(dialog);
+    const QString path = chooseFile();
+    if (!path.isEmpty())
+        writeDevices<VorlynDeviceFirmwareSettingsDialog>(devicesWidget, {device_}, {path});
 }
 
 void VorlynDeviceIPToolWidget::onClickRestoreButton()
@@ -142,5 +128,5 @@ void VorlynDeviceIPToolWidget::onClickRestoreButton()
         return;
     VorlynDeviceRestoreSettingsDialog dialog(nullptr);
     dialog.setDevices({device_});
-    runToEnd(dialog);
+    startAndExec(dialog);
 }
