@@ -3,7 +3,9 @@
 #include "FleetNetwork.h"
 #include "FleetStation.h"
 
+#include <QJsonDocument>
 #include <QNetworkDatagram>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -158,6 +160,57 @@ void Fleet::stop()
         log.write("unused-rule", {{QStringLiteral("rule"), place}});
     log.write("stop");
     log.close();
+}
+
+bool Fleet::order(const QByteArray &line, QString *error)
+{
+    static const QRegularExpression form(
+        QStringLiteral("\\A(report|script)\\s+(\\S+)\\s+(\\{.*)\\z"));
+    const QString text = QString::fromUtf8(line);
+    if (press(text))
+        return true;
+    const QRegularExpressionMatch match = form.match(text);
+    const QJsonDocument document = QJsonDocument::fromJson(match.captured(3).toUtf8());
+    if (!document.isObject()) {
+        *error = QStringLiteral("\"%1\" is none of: report CAMERA OBJECT, script CAMERA OBJECT, a "
+                                "\"key\" of the scenario")
+                     .arg(text);
+        return false;
+    }
+    QJsonObject entry = document.object();
+    if (match.captured(1) == QLatin1String("report"))
+        entry = {{QStringLiteral("report"), entry}};
+    FleetReport report;
+    *error = report.read(entry);
+    if (error->isEmpty() && !begin(report, match.captured(2)))
+        *error = QStringLiteral("\"%1\" names no camera").arg(match.captured(2));
+    return error->isEmpty();
+}
+
+// False when no camera has that name: a number, a MAC or "all".
+bool Fleet::begin(const FleetReport &report, const QString &name)
+{
+    bool isNumber = false;
+    const int position = name.toInt(&isNumber);
+    FleetScenario::Entry whom;
+    whom.camera = isNumber ? QJsonValue(position) : QJsonValue(name);
+    bool found = false;
+    for (FleetStation *station : qAsConst(stations)) {
+        if (!whom.isAbout(station->camera()))
+            continue;
+        found = true;
+        station->begin(report);
+    }
+    return found;
+}
+
+// False when no camera tells anything at this key.
+bool Fleet::press(const QString &key)
+{
+    bool found = false;
+    for (FleetStation *station : qAsConst(stations))
+        found = station->press(key) || found;
+    return found;
 }
 
 void Fleet::readRequests()

@@ -30,6 +30,11 @@ public:
     // were never used.
     void stop();
 
+    // Lets cameras tell something by themselves: "report 1 {...}" a message with these keys,
+    // "script 1 {...}" an entry of "reports" in a scenario, a word what the scenario has at this
+    // "key". In place of the number a MAC or "all". False with one line when it is no such order.
+    bool order(const QByteArray &line, QString *error);
+
     FleetJournal &journal() { return log; }
     int count() const { return stations.size(); }
     // One camera as it is now, from 0.
@@ -40,6 +45,8 @@ private:
     QVector<FleetCamera> makeCameras(QString *error) const;
     FleetCamera makeCamera(int index, const QHostAddress &ip) const;
     Start open(QString *error);
+    bool begin(const FleetReport &report, const QString &name);
+    bool press(const QString &key);
     void readRequests();
     void receive(const QByteArray &datagram, const QString &source);
     int spreadDelayMs(int index);

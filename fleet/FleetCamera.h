@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FleetOptions.h"
+#include "FleetReport.h"
 #include "FleetRule.h"
 #include "FleetStreamShape.h"
 
@@ -44,6 +45,7 @@ struct FleetCamera {
     int rtspPort = FleetOptions::usualRtspPort; // in "rtsppath1"
     FleetStreamShape stream;
     FleetRules rules;
+    QVector<FleetReport> reports;
 
     FleetCamera();
 

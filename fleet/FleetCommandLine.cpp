@@ -118,6 +118,7 @@ void addOptions(QCommandLineParser &parser)
     parser.setApplicationDescription(QStringLiteral(
         "Network cameras for testing without cameras: they answer searches and commands on the "
         "group 239.255.255.250, take firmware, restart and misbehave as a scenario says.\n"
+        "A line \"report 1 {...}\" on standard input lets camera 1 tell that by itself.\n"
         "Ends on SIGTERM or SIGINT. Exit status: 0 ended so, 1 the system refused something, "
         "2 wrong option or scenario."));
     parser.addHelpOption();

@@ -28,6 +28,7 @@ constexpr FleetJsonKey<FleetCamera> entryKeys[] = {
     {"camera", "a number from 1, a MAC or \"all\"", isCamera, ignore},
     {"note", "a text", isText, ignore},
     {"rules", "an array of objects", isObjectArray, ignore},
+    {"reports", "an array of objects", isObjectArray, ignore},
     {"fields", "an object", isObject,
         [](const QJsonValue &v, FleetCamera &c) { c.setFields(v.toObject()); }},
     {"sd", "an object", isObject, [](const QJsonValue &v, FleetCamera &c) { c.sd = v.toObject(); }},
@@ -114,13 +115,20 @@ QString FleetScenario::readEntry(const QJsonObject &object, const QString &place
         problem = at(place + QStringLiteral(".stream"),
             FleetStreamShape().read(object.value(QStringLiteral("stream")).toObject()));
 
-    Entry entry{object.value(QStringLiteral("camera")), place, object, {}};
+    Entry entry{object.value(QStringLiteral("camera")), place, object, {}, {}};
     const QJsonArray rules = object.value(QStringLiteral("rules")).toArray();
     for (int i = 0; problem.isEmpty() && i < rules.size(); ++i) {
         const FleetRulePointer rule(new FleetRule);
         rule->place = QStringLiteral("%1.rules[%2]").arg(place).arg(i);
         problem = at(rule->place, rule->read(rules.at(i).toObject()));
         entry.rules.append(rule);
+    }
+    const QJsonArray reports = object.value(QStringLiteral("reports")).toArray();
+    for (int i = 0; problem.isEmpty() && i < reports.size(); ++i) {
+        FleetReport report;
+        problem = at(QStringLiteral("%1.reports[%2]").arg(place).arg(i),
+            report.read(reports.at(i).toObject()));
+        entry.reports.append(report);
     }
     entries.append(entry);
     return problem;
@@ -138,6 +146,7 @@ bool FleetScenario::apply(QVector<FleetCamera> &cameras, QString *error) const
             take(entry.changes, entryKeys, cameras[i]);
             for (const FleetRulePointer &rule : entry.rules)
                 cameras[i].rules.append(rule);
+            cameras[i].reports += entry.reports;
         }
         if (!found) {
             *error = QStringLiteral("%1: %2: \"camera\" names none of the %3 cameras")

@@ -15,6 +15,7 @@ public:
         QString place; // in the file, for messages
         QJsonObject changes; // the keys that change the camera
         QVector<FleetRulePointer> rules;
+        QVector<FleetReport> reports;
 
         bool isAbout(const FleetCamera &camera) const;
     };

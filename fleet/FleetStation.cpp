@@ -61,6 +61,7 @@ FleetStation::FleetStation(const FleetCamera &camera, const FleetOptions &option
     http(*this, options.sha256),
     home(camera.ip()),
     up(false),
+    reporter(*this, camera.reports),
     rtsp(*this, camera.stream)
 { }
 
@@ -111,6 +112,7 @@ void FleetStation::receive(
     if (!up)
         return;
     const QString method = request.object.value(QStringLiteral("method")).toString();
+    reporter.heard(method, request.object.value(QStringLiteral("srcid")).toString());
     const FleetRulePointer rule = record.rules.take(method);
     const QJsonObject asked = journal.isRead() ? identity() : QJsonObject(); // before it obeys
     const FleetCamera::Outcome outcome = obey(request.object, rule);
@@ -328,6 +330,21 @@ FleetRulePointer FleetStation::viewerCame()
 }
 
 void FleetStation::streamTold(const char *event, const QJsonObject &more)
+{
+    report(event, more);
+}
+
+QString FleetStation::reportSrcid() const
+{
+    return record.field("srcid");
+}
+
+bool FleetStation::sendReport(const QByteArray &datagram)
+{
+    return up && network.send(home, datagram);
+}
+
+void FleetStation::reportTold(const char *event, const QJsonObject &more)
 {
     report(event, more);
 }

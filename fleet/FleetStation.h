@@ -3,6 +3,7 @@
 #include "FleetCamera.h"
 #include "FleetFrame.h"
 #include "FleetHttp.h"
+#include "FleetReporter.h"
 #include "FleetRtspServer.h"
 
 #include <functional>
@@ -16,7 +17,8 @@ struct FleetOptions;
 class FleetStation : public QObject,
                      private FleetSurroundings,
                      private FleetHttpSite,
-                     private FleetStreamSite
+                     private FleetStreamSite,
+                     private FleetReportSite
 {
     Q_OBJECT
 
@@ -30,6 +32,10 @@ public:
     bool open(QString *error);
     // A good request to this camera, from "10.77.0.1:40123".
     void receive(const FleetFrame::Request &request, const QString &source, int extraDelayMs);
+    // What the camera tells by itself, from now on.
+    void begin(const FleetReport &report) { reporter.begin(report); }
+    // False when it tells nothing at this key.
+    bool press(const QString &key) { return reporter.press(key); }
 
 private:
     bool claim(const QHostAddress &ip, int prefixLength) override;
@@ -41,6 +47,10 @@ private:
 
     FleetRulePointer viewerCame() override;
     void streamTold(const char *event, const QJsonObject &more) override;
+
+    QString reportSrcid() const override;
+    bool sendReport(const QByteArray &datagram) override;
+    void reportTold(const char *event, const QJsonObject &more) override;
 
     FleetCamera::Outcome obey(const QJsonObject &request, const FleetRulePointer &rule);
     void send(const FleetReply &reply);
@@ -70,5 +80,6 @@ private:
     QHostAddress home;
     QHostAddress claimed; // taken for a move that is still to come, else null
     bool up;
+    FleetReporter reporter;
     FleetRtspServer rtsp; // the last, as it still tells the rest at its end
 };

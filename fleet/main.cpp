@@ -1,6 +1,7 @@
 #include "Fleet.h"
 #include "FleetCommandLine.h"
 #include "FleetStream.h"
+#include "StandardInput.h"
 #include "StopSignals.h"
 
 #include <QCoreApplication>
@@ -11,6 +12,7 @@ namespace {
 
 enum Exit { Ended = 0, NetworkRefused = 1, WrongUse = 2 };
 
+// Returns the status.
 int complain(const QString &text, Exit status)
 {
     std::fprintf(stderr, "vorlyn-fleet: %s\n", qPrintable(text));
@@ -38,6 +40,12 @@ int run(const FleetOptions &options)
                   fleet.address(fleet.count() - 1).toString())
               .arg(options.httpPort)
               .arg(FleetStream::isAvailable() ? options.rtspPortOf(0) : 0));
+    StandardInput input;
+    QObject::connect(&input, &StandardInput::line, &fleet, [&fleet](const QByteArray &line) {
+        QString problem;
+        if (!fleet.order(line, &problem))
+            complain(problem, WrongUse);
+    });
     return QCoreApplication::exec();
 }
 
@@ -45,6 +53,7 @@ int run(const FleetOptions &options)
 
 int main(int argc, char *argv[])
 {
+    StandardInput::claim();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vorlyn-fleet"));
     FleetOptions options;

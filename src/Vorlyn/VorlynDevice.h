@@ -73,3 +73,5 @@ struct VorlynDeviceWiFiInfo {
     QString name;
     int signal = 0;
 };
+
+Q_DECLARE_METATYPE(QVector<VorlynDeviceWiFiInfo>)

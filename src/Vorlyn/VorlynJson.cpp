@@ -1,5 +1,7 @@
 #include "VorlynJson.h"
 
+#include <QJsonArray>
+
 int intOf(const QJsonObject &object, const QString &key)
 {
     const QJsonValue value = object.value(key);
@@ -26,4 +28,16 @@ int resultOf(const QJsonObject &object)
 QString stringOf(const QJsonObject &object, const QString &key)
 {
     return object.value(key).toString();
+}
+
+QVector<VorlynDeviceWiFiInfo> networksOf(const QJsonObject &object)
+{
+    QVector<VorlynDeviceWiFiInfo> networks;
+    for (const QJsonValue &network : object.value("WifiList").toArray()) {
+        const VorlynDeviceWiFiInfo info = {
+            network["wifiname"].toString(), network["Signal"].toInt(0)};
+        if (!info.name.isEmpty())
+            networks.append(info);
+    }
+    return networks;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "VorlynDevice.h"
+
 #include <QJsonObject>
 #include <QString>
 
@@ -13,3 +15,5 @@ int idOf(const QJsonObject &object);
 int resultOf(const QJsonObject &object);
 // Empty unless the value is a JSON string.
 QString stringOf(const QJsonObject &object, const QString &key);
+// Of a Wi-Fi scan, those that have a name. A signal that is sent as text counts as 0.
+QVector<VorlynDeviceWiFiInfo> networksOf(const QJsonObject &object);

@@ -239,6 +239,11 @@ QJsonObject *VorlynSDK::waitResponse(quint32 id, double seconds)
     return nullptr;
 }
 
+QJsonObject *VorlynSDK::takeMessage()
+{
+    return takeFirst(recvLocker, recvQueue);
+}
+
 void VorlynSDK::cancelWait()
 {
     waiting = false;

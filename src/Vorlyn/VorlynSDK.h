@@ -47,6 +47,9 @@ public:
     // cancelWait(). The caller owns the result; null when none came.
     QJsonObject *waitResponse(quint32 id, double seconds);
     QJsonObject *buildSearchRequest(quint32 id) const;
+    // The oldest message that no wait or search has taken, null when there is none; any thread. The
+    // caller owns it. Not while a blocking command runs: it would miss its reply.
+    QJsonObject *takeMessage();
     // Ends the wait or search that is running; any thread. One that has not begun is not affected.
     void cancelWait();
     // Ends the upload that is running; any thread.

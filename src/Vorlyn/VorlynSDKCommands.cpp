@@ -131,13 +131,7 @@ int VorlynSDK::getDeviceWiFiList(
     const QScopedPointer<QJsonObject> reply(waitResponse(id, VorlynProtocol::scanSeconds));
     if (!reply)
         return -1;
-    for (const QJsonValue &network : reply->value("WifiList").toArray()) {
-        // A signal that is sent as text counts as 0.
-        const VorlynDeviceWiFiInfo info = {
-            network["wifiname"].toString(), network["Signal"].toInt(0)};
-        if (!info.name.isEmpty())
-            networks.append(info);
-    }
+    networks += networksOf(*reply);
     return resultOf(*reply);
 }
 

@@ -94,6 +94,10 @@ void tst_FleetScenario::wrong_data()
         {R"({"cameras":[{"camera":1},
                 {"camera":2,"rules":[{"on":"SetName"},{"on":"SetName","delay":1}]}]})",
             "s.json: cameras[1].rules[1]: unknown key \"delay\" in a rule on \"SetName\""},
+        {R"({"cameras":[{"camera":1,"reports":{}}]})",
+            "s.json: cameras[0]: \"reports\" must be an array of objects"},
+        {R"({"cameras":[{"camera":1,"reports":[{"raw":"x"},{"after":1}]}]})",
+            "s.json: cameras[0].reports[1]: one of \"report\" and \"raw\" must be there"},
     };
     for (const auto &row : rows)
         QTest::newRow(row.error) << QByteArray(row.json) << row.error;
@@ -144,7 +148,8 @@ void tst_FleetScenario::everyKey()
     QVERIFY2(scenario.parse(R"({"note":"n","cameras":[{"camera":1,"note":"n",
         "fields":{"ip":"10.77.0.50"},"sd":{"totalsize":"64"},"wifi":[{"wifiname":"W","Signal":"5"}],
         "wifi-scan-ms":50,"restart-seconds":0.25,"after-reset":{"ip":"10.77.0.51"},
-        "after-upgrade":{"ip":"10.77.0.52"},"rules":[{"on":"GetSD","silent":true,"note":"n"}]}]})",
+        "after-upgrade":{"ip":"10.77.0.52"},"rules":[{"on":"GetSD","silent":true,"note":"n"}],
+        "reports":[{"raw":"x"},{"on":"GetSD","report":{}}]}]})",
                  "s", &error),
         qPrintable(error));
     QVector<FleetCamera> cameras = threeCameras();
@@ -160,6 +165,9 @@ void tst_FleetScenario::everyKey()
     QCOMPARE(camera.afterUpgrade["ip"].toString(), QString("10.77.0.52"));
     QVERIFY(camera.rules.take("GetSD"));
     QVERIFY(cameras.last().rules.isEmpty());
+    QCOMPARE(camera.reports.size(), 2);
+    QCOMPARE(camera.reports.last().on, QString("GetSD"));
+    QVERIFY(cameras.last().reports.isEmpty());
 }
 
 void tst_FleetScenario::factoryState()

@@ -48,7 +48,8 @@ void FleetProcess::setScenario(const QJsonObject &scenario)
 
 bool FleetProcess::start()
 {
-    process.start("nsenter", TestNetwork::atCameras(QStringList(VORLYN_FLEET) + options));
+    process.start(
+        "nsenter", TestNetwork::atCameras(launcher + QStringList(VORLYN_FLEET) + options));
     while (process.state() != QProcess::NotRunning) {
         if (process.canReadLine())
             return process.readLine().startsWith("READY");
@@ -66,6 +67,18 @@ bool FleetProcess::stop()
     process.terminate();
     return process.waitForFinished(20000) && process.exitStatus() == QProcess::NormalExit
         && process.exitCode() == 0;
+}
+
+bool FleetProcess::order(const QByteArray &line)
+{
+    process.write(line + '\n');
+    return process.waitForBytesWritten(20000);
+}
+
+void FleetProcess::endInput(const QByteArray &line)
+{
+    process.write(line);
+    process.closeWriteChannel();
 }
 
 QVector<QJsonObject> FleetProcess::events(const QString &event) const

@@ -17,6 +17,8 @@ public:
     ~FleetProcess();
 
     void addOptions(const QStringList &options);
+    // Starts by this command, with the program and its options behind it.
+    void setLauncher(const QStringList &command) { launcher = command; }
     void setScenario(const QJsonObject &scenario);
     // Entry of a scenario: all cameras take a while to answer a search. A window searches while its
     // sockets still open, and an answer that comes before them is lost.
@@ -27,6 +29,14 @@ public:
     // True when it ended by itself within its time, and with status 0.
     bool stop();
 
+    // A line on its standard input: "report 1 {...}" lets a camera tell something by itself.
+    // False when it did not take it.
+    bool order(const QByteArray &line);
+    // With a last line that has no end.
+    void endInput(const QByteArray &line = QByteArray());
+
+    qint64 processId() const { return process.processId(); }
+
     // The journal so far: all entries of an event, in order.
     QVector<QJsonObject> events(const QString &event) const;
     // The messages of one method as they came over the wire, in order.
@@ -35,6 +45,7 @@ public:
 
 private:
     QTemporaryDir folder;
+    QStringList launcher;
     QStringList options;
     QProcess process;
 };

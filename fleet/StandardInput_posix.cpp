@@ -1,0 +1,54 @@
+#include "StandardInput.h"
+
+#include <QSocketNotifier>
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+bool isPassing(int error)
+{
+    return error == EINTR || error == EAGAIN;
+}
+
+}
+
+void StandardInput::claim()
+{
+    const bool isClosed = fcntl(STDIN_FILENO, F_GETFD) < 0;
+    if (isClosed && open("/dev/null", O_RDONLY) != STDIN_FILENO) // the lowest that is free
+        qFatal("no /dev/null");
+}
+
+StandardInput::StandardInput(QObject *parent) : QObject(parent)
+{
+    // In the background of a terminal, reading then fails instead of stopping the program.
+    std::signal(SIGTTIN, SIG_IGN);
+    auto *notifier = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this,
+        [this, notifier, rest = QByteArray()]() mutable {
+            char bytes[4096];
+            const ssize_t count = read(STDIN_FILENO, bytes, sizeof bytes);
+            if (count < 0 && isPassing(errno))
+                return;
+            if (count > 0)
+                rest.append(bytes, int(count));
+            else
+                rest.append('\n'); // the last line may lack it
+            notifier->setEnabled(count > 0);
+            for (int end = rest.indexOf('\n'); end >= 0; end = rest.indexOf('\n')) {
+                const QByteArray text = rest.left(end).trimmed();
+                rest.remove(0, end + 1);
+                if (!text.isEmpty())
+                    emit line(text);
+            }
+        });
+}
+
+StandardInput::~StandardInput()
+{
+    std::signal(SIGTTIN, SIG_DFL);
+}
