@@ -2,6 +2,7 @@
 # bench.sh                    searches, table, upload, start and idle: about two minutes
 # bench.sh preview OPTION...  the preview beside other players: about a quarter of an hour, and
 #                             best with nothing else running. Options: bench.sh preview --help
+# bench.sh upgrade            a supervised upgrade of six cameras: about three minutes
 # Prints the program's figures, measured with a release build against simulated cameras in a
 # private network and on a virtual screen. Nothing here passes or fails.
 set -eu
@@ -26,6 +27,9 @@ if [ "${1:-}" != --inside ]; then
         exec "$root/tests/support/run-test.sh" --display --network --sound -- \
             "$bench/bench-preview" "$bin/VorlynIPTool" "$bin/vorlyn-fleet" \
             --raw "$root/build/preview.csv" "$@"
+    fi
+    if [ "${1:-}" = upgrade ]; then
+        exec "$root/tests/support/run-test.sh" --display --network -- "$bench/bench-upgrade"
     fi
     exec "$root/tests/support/run-test.sh" --display --network -- "$0" --inside
 fi
