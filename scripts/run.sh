@@ -4,7 +4,9 @@
 #                   label printer. It runs in build/demo, where settings and labels stay. On a
 #                   machine with no display it uses a virtual one and writes screenshots in both
 #                   languages to build/screenshots.
-# run.sh --real     opens the program on this machine's own network and with its printers instead.
+# run.sh --bench    does the same with VorlynBench, the workplace of production and service.
+# run.sh --real     opens the program on this machine's own network and with its printers instead;
+#                   with --bench, in any order, VorlynBench.
 # Works as root and as an ordinary user who may make user namespaces.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -16,10 +18,14 @@ screenshots=$root/build/screenshots
 . "$root/scripts/lib/network.sh"
 . "$root/scripts/lib/display.sh"
 
-case ${1:-} in
-    '' | --real) ;;
-    *) sed -n '2,8s/^# //p' "$0"; [ "$1" = --help ] && exit 0; exit 2 ;;
-esac
+name=VorlynIPTool view=main-window real=
+for option in "$@"; do
+    case $option in
+        --bench) name=VorlynBench view=bench-window ;;
+        --real) real=yes ;;
+        *) sed -n '2,10s/^# //p' "$0"; [ "$option" = --help ] && exit 0; exit 2 ;;
+    esac
+done
 
 if [ -z "${VORLYN_IN_NETWORK:-}" ]; then
     # shellcheck disable=SC2086 # lists of names
@@ -28,10 +34,10 @@ if [ -z "${VORLYN_IN_NETWORK:-}" ]; then
     install_packages $needed
     cd "$root"
     cmake --preset release >/dev/null
-    cmake --build --preset release --target VorlynIPTool vorlyn-fleet WINPSK LanguageFiles
+    cmake --build --preset release --target "$name" vorlyn-fleet WINPSK LanguageFiles
 fi
-if [ "${1:-}" = --real ]; then
-    exec "$bin/VorlynIPTool"
+if [ -n "$real" ]; then
+    exec "$bin/$name"
 fi
 enter_network "$0" "$@"
 
@@ -59,7 +65,7 @@ start_fleet() {
 place_program() {
     local settings=$1/configure/configure.ini
     mkdir -p "$1/configure"
-    cp -r --remove-destination "$bin/VorlynIPTool" "$bin/language" "$label_printer" "$1"
+    cp -r --remove-destination "$bin/$name" "$bin/language" "$label_printer" "$1"
     [ -s "$settings" ] || echo '[General]' >"$settings"
     grep -q '^printer%20name=.*POSTEK' "$settings" || sed -i -e '/^printer%20name=/d' \
         -e '/^\[General\]/a printer%20name=POSTEK G6000' "$settings"
@@ -67,7 +73,7 @@ place_program() {
 
 # windows N: exactly N windows of the program are on the screen.
 windows() {
-    [ "$(xdotool search --onlyvisible --class VorlynIPTool 2>/dev/null | wc -l)" -eq "$1" ]
+    [ "$(xdotool search --onlyvisible --class "$name" 2>/dev/null | wc -l)" -eq "$1" ]
 }
 # The preview of the chosen camera shows a picture, seen by its light.
 picture() {
@@ -81,13 +87,13 @@ take_screenshots() {
     mkdir -p "$folder/configure"
     printf '[General]\nlangage=%s\nsearch%%20seconds=2\n' "$1" >"$folder/configure/configure.ini"
     place_program "$folder"
-    "$folder/VorlynIPTool" >/dev/null 2>&1 &
+    "$folder/$name" >/dev/null 2>&1 &
     program=$!
     await windows 2
     shot "searching-$1"
     await windows 1
     await picture
-    shot "main-window-$1"
+    shot "$view-$1"
     kill "$program"
     wait "$program" || true
     program=
@@ -98,7 +104,7 @@ start_fleet
 if [ -n "${DISPLAY:-}" ]; then
     place_program "$demo"
     echo "The label printer's labels: $demo/labels"
-    "$demo/VorlynIPTool"
+    "$demo/$name"
 else
     make_display "$work"
     mkdir -p "$screenshots"

@@ -1,27 +1,17 @@
 #include "MainWindow.h"
 
 #include "CVTableWidget.h"
+#include "DeviceFlows.h"
 #include "MediaButton.h"
-#include "PostekPrinter.h"
 #include "VorlynDeviceIPToolWidget.h"
 #include "VorlynDeviceVideoView.h"
 #include "VorlynDevicesWidget.h"
-#include "VorlynSDK.h"
-#include "VorlynSearchDialog.h"
 #include "WindowHeaderWidget.h"
-#include "ZRConfigure.h"
 #include "ZRNamedChild.h"
-#include "ZRNetworkDialog.h"
-#include "ZRPrinterSettingsDialog.h"
-#include "ZRScanCodePrinterDialog.h"
-#include "ZRSettingsDialog.h"
 
-#include <QDesktopServices>
 #include <QResizeEvent>
-#include <QUrl>
 
 namespace {
-const int addressColumn = 3;
 const int panelHeight = 400;
 const int listWidth = 400;
 }
@@ -37,7 +27,7 @@ MainWindow::MainWindow(QWidget *parent) :
     setMinimumSize(800, 500);
     showMaximized();
     connectChildren();
-    startSavedNetwork();
+    DeviceFlows::startSavedNetwork();
 
     contentWidget->setDevice(VorlynDevice());
     contentWidget->setDevicesWidget(devicesWidget);
@@ -49,8 +39,7 @@ MainWindow::MainWindow(QWidget *parent) :
 MainWindow::~MainWindow()
 {
     videoView->stop();
-    if (VorlynSDK *sdk = VorlynSDK::instance())
-        sdk->stopNetwork();
+    DeviceFlows::stopNetwork();
 }
 
 void MainWindow::connectChildren()
@@ -72,17 +61,6 @@ void MainWindow::connectChildren()
     };
     for (const auto &click : clicks)
         connect(click.button, &MediaButton::clicked, this, click.slot);
-}
-
-// Without a usable interface the network starts all the same, on none: its threads go on trying.
-void MainWindow::startSavedNetwork()
-{
-    const ZRConfigure configure;
-    QNetworkInterface interface;
-    QNetworkAddressEntry address;
-    VorlynSDK::selectInterface(VorlynSDK::availableInterfaces(), configure.networkName(),
-        configure.networkIp(), interface, address);
-    VorlynSDK::instance()->startNetwork(interface, address);
 }
 
 void MainWindow::keyPressEvent(QKeyEvent *event)
@@ -119,52 +97,29 @@ void MainWindow::resizeEvent(QResizeEvent *event)
 
 void MainWindow::onClickNetwork()
 {
-    ZRNetworkDialog dialog(nullptr);
-    dialog.setInterfaces(VorlynSDK::availableInterfaces());
-    QNetworkInterface interface;
-    QNetworkAddressEntry address;
-    VorlynSDK *sdk = VorlynSDK::instance();
-    if (sdk)
-        sdk->currentNetwork(interface, address);
-    dialog.setCurrentEntry(interface, address);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    dialog.selectedInterface(interface, address);
-    if (sdk) {
-        sdk->stopNetwork();
-        sdk->startNetwork(interface, address);
+    if (DeviceFlows::chooseNetwork())
         onClickSearch();
-    }
 }
 
 void MainWindow::onClickSearch()
 {
-    videoView->stop();
-    const int seconds = ZRConfigure().searchSeconds();
-
-    VorlynSearchDialog dialog(nullptr);
-    dialog.setSearchSeconds(seconds);
-    dialog.start();
-    if (dialog.exec() == QDialog::Accepted) {
-        devicesWidget->setDevices(dialog.devices());
-        devicesWidget->setCurrentCell(0, 2);
-    }
+    DeviceFlows::search(*videoView, *devicesWidget);
     focusContent();
 }
 
 void MainWindow::onClickSettings()
 {
-    ZRSettingsDialog(nullptr).exec();
+    DeviceFlows::openSettings();
 }
 
 void MainWindow::onClickPrinterSettings()
 {
-    ZRPrinterSettingsDialog(nullptr).exec();
+    DeviceFlows::openPrinterSettings();
 }
 
 void MainWindow::onClickScanCode()
 {
-    ZRScanCodePrinterDialog(nullptr, PostekPrinter::printMR2XQRCode).exec();
+    DeviceFlows::openScanCode();
 }
 
 void MainWindow::onCurrentCellChanged(int row, int column, int previousRow, int previousColumn)
@@ -173,16 +128,7 @@ void MainWindow::onCurrentCellChanged(int row, int column, int previousRow, int 
         return;
 
     const VorlynDevice device = devicesWidget->device(row);
-    if (row == currentRow || row == -1) {
-        // Another column of the same row: an open stream goes on, also one that failed, and one that
-        // was stopped starts anew. No row leaves the stream, and currentRow, as they are.
-        if (!videoView->isPlaying() && !device.rtspPath().isEmpty())
-            videoView->play(device.rtspPath());
-    } else {
-        currentRow = row;
-        videoView->stop();
-        videoView->play(device.rtspPath());
-    }
+    DeviceFlows::showStream(*videoView, device, row, currentRow);
     if (contentWidget)
         contentWidget->setDevice(device);
 }
@@ -192,10 +138,5 @@ void MainWindow::onCellClicked(const QModelIndex &) { }
 
 void MainWindow::onCellDoubleClicked(const QModelIndex &index)
 {
-    qDebug("index = %d, %d", index.row(), index.column());
-    if (index.column() != addressColumn || index.row() < 0)
-        return;
-    const QString ip = devicesWidget->device(index.row()).ip();
-    if (!ip.isEmpty())
-        QDesktopServices::openUrl(QUrl(QStringLiteral("http://%1").arg(ip)));
+    DeviceFlows::openDevicePage(*devicesWidget, index);
 }

@@ -34,7 +34,6 @@ private:
     void onClickPrinterSettings();
     void onClickScanCode();
     void connectChildren();
-    void startSavedNetwork();
     void focusContent(); // so that keys reach the panel
 
     WindowHeaderWidget *header;

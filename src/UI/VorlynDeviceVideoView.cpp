@@ -20,6 +20,11 @@ constexpr int barHeight = 30;
 constexpr int buttonSide = 20;
 constexpr int buttonGap = 10;
 constexpr int spinnerSide = 30;
+
+bool takesHardwareFrames(const ZRVideoView *view)
+{
+    return dynamic_cast<const ZRDirectVideoView *>(view);
+}
 }
 
 VorlynDeviceVideoView::VorlynDeviceVideoView(QWidget *parent) :
@@ -76,7 +81,8 @@ void VorlynDeviceVideoView::setUpPlayer()
 
 void VorlynDeviceVideoView::readHardwareSetting()
 {
-    player->setHardwareType(ZRConfigure().hardware() ? dxva2 : noHardware);
+    const bool hardware = takesHardwareFrames(videoView) && ZRConfigure().hardware();
+    player->setHardwareType(hardware ? dxva2 : noHardware);
 }
 
 void VorlynDeviceVideoView::play(const QString &url)
@@ -106,6 +112,23 @@ void VorlynDeviceVideoView::stop()
 bool VorlynDeviceVideoView::isPlaying() const
 {
     return player->isOpened();
+}
+
+void VorlynDeviceVideoView::setVideoView(ZRVideoView *view)
+{
+    const bool wasPlaying = isPlaying();
+    stop();
+    delete videoView;
+    videoView = view;
+    player->setVideoView(view);
+    if (auto *widget = dynamic_cast<QWidget *>(view)) {
+        widget->setObjectName(QStringLiteral("videoView"));
+        placeVideoView();
+        widget->lower(); // the spinner turns over it
+        widget->show();
+    }
+    if (wasPlaying)
+        start();
 }
 
 // There is no pause: the button ends the stream and opens it anew.
@@ -180,8 +203,7 @@ void VorlynDeviceVideoView::resizeEvent(QResizeEvent *event)
     ZRWidget::resizeEvent(event);
     const int w = width();
     const int h = height();
-    if (auto *view = dynamic_cast<QWidget *>(videoView))
-        view->setGeometry(0, 0, w, h - barHeight);
+    placeVideoView();
     const int top = h - 25;
     playButton->setGeometry(buttonGap, top, buttonSide, buttonSide);
     const int audioLeft = playButton->geometry().right() + buttonGap;
@@ -189,4 +211,10 @@ void VorlynDeviceVideoView::resizeEvent(QResizeEvent *event)
     extraButton->setGeometry(w - 35, top, buttonSide, buttonSide);
     timeLabel->setGeometry(w - 100, top, 80, buttonSide);
     progress->setGeometry((w - spinnerSide) / 2, (h - 60) / 2, spinnerSide, spinnerSide);
+}
+
+void VorlynDeviceVideoView::placeVideoView()
+{
+    if (auto *view = dynamic_cast<QWidget *>(videoView))
+        view->setGeometry(0, 0, width(), height() - barHeight);
 }

@@ -27,6 +27,9 @@ public:
     void stop();
     // From play() to stop(), a stream that failed or was lost included.
     bool isPlaying() const;
+    // A child widget of the pane, which owns it, in place of the ZRDirectVideoView that it has from
+    // the start. A stream that is open opens anew.
+    void setVideoView(ZRVideoView *view);
 
     void onPlayerNotify(ZRPlayer *player, int type, double current, double total) override;
 
@@ -51,6 +54,7 @@ private:
     void onClickAudioButton();
     void onClickExtraButton();
     void connectButtons();
+    void placeVideoView();
     void setUpPlayer();
     void readHardwareSetting();
     void start(); // the stream at `url`

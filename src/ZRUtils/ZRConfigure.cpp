@@ -20,6 +20,7 @@ constexpr char labelPaddingLeftKey[] = "label padding left";
 constexpr char labelPaddingTopKey[] = "label padding top";
 constexpr char labelPaddingRightKey[] = "label padding right";
 constexpr char labelPaddingBottomKey[] = "label padding bottom";
+constexpr char benchViewKey[] = "bench view";
 
 constexpr int defaultSearchSeconds = 3;
 
@@ -131,6 +132,16 @@ void ZRConfigure::saveLabelSettings(double width, double height, int column, dou
 int ZRConfigure::searchSeconds() const
 {
     return intOf(searchSecondsKey, defaultSearchSeconds);
+}
+
+QString ZRConfigure::benchView() const
+{
+    return stringOf(benchViewKey);
+}
+
+void ZRConfigure::setBenchView(const QString &view)
+{
+    settings->setValue(benchViewKey, view);
 }
 
 // A null value converts to an empty text here, and to no number below.

@@ -36,6 +36,10 @@ public:
     // Length of a device search; one not above 0 has no end. No setter: only an edit of the file
     // changes it.
     int searchSeconds() const;
+    // What shows the bench's preview: "opengl" is the OpenGL view; anything else means the direct
+    // one.
+    QString benchView() const;
+    void setBenchView(const QString &view);
 
 private:
     QString stringOf(const QString &key) const;

@@ -51,6 +51,7 @@ QVariantMap allValues()
         {"label padding top", label.paddingTop},
         {"label padding right", label.paddingRight},
         {"label padding bottom", label.paddingBottom},
+        {"bench view", configure.benchView()},
     };
 }
 
@@ -69,6 +70,7 @@ const QVariantMap readDefaults = {
     {"label padding top", 0.0},
     {"label padding right", 0.0},
     {"label padding bottom", 0.0},
+    {"bench view", QString()},
 };
 
 int messages = 0;
@@ -280,6 +282,7 @@ void tst_ZRConfigure::readsText_data()
     row("label padding top", "2.25", 2.25);
     row("label padding right", "3.25", 3.25);
     row("label padding bottom", "4.25", 4.25);
+    row("bench view", "opengl", "opengl");
 }
 
 // The named key has the value, every other one its default.
@@ -317,6 +320,8 @@ void tst_ZRConfigure::settersWrite_data()
             "network%20name=Local 2"},
         {"printer", [](ZRConfigure &c) { c.setPrinterName("a,\"b\"=c;d"); }, "printer name",
             "a,\"b\"=c;d", "printer%20name=\"a,\\\"b\\\"=c;d\""},
+        {"bench view", [](ZRConfigure &c) { c.setBenchView("opengl"); }, "bench view", "opengl",
+            "bench%20view=opengl"},
     };
     for (const auto &row : rows)
         QTest::newRow(row.tag) << row.set << row.key << row.expected << QByteArray(row.text);

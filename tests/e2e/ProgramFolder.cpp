@@ -25,11 +25,10 @@ QStringList linesOf(const QString &text)
 
 }
 
-ProgramFolder::ProgramFolder()
+ProgramFolder::ProgramFolder(const QString &program) : program(program)
 {
-    const QFileInfo built(QStringLiteral(VORLYN_PROGRAM));
-    valid =
-        QFile::copy(built.filePath(), filePath(built.fileName())) && QDir(path()).mkdir("language");
+    const QFileInfo built(QDir(QStringLiteral(VORLYN_PROGRAMS)), program);
+    valid = QFile::copy(built.filePath(), filePath(program)) && QDir(path()).mkdir("language");
     for (const char *name : {"/language/en.txt", "/language/cn.txt"})
         valid = valid && QFile::copy(built.path() + name, path() + name);
 }
@@ -44,7 +43,7 @@ ProgramFolder::~ProgramFolder()
 
 bool ProgramFolder::start()
 {
-    process.start(filePath("VorlynIPTool"), QStringList());
+    process.start(filePath(program), QStringList());
     return process.waitForStarted() && awaitWindows(2) && awaitWindows(1);
 }
 
@@ -57,7 +56,7 @@ bool ProgramFolder::quit()
 
 QStringList ProgramFolder::windows() const
 {
-    return linesOf(output("xdotool", {"search", "--onlyvisible", "--class", "VorlynIPTool"}));
+    return linesOf(output("xdotool", {"search", "--onlyvisible", "--class", program}));
 }
 
 bool ProgramFolder::awaitWindows(int count) const

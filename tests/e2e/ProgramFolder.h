@@ -6,14 +6,14 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-// The program itself, in a folder as an installation has it: program file and "language", nothing
+// A program itself, in a folder as an installation has it: program file and "language", nothing
 // else. Waits take a minute at the most; false means that it never came.
 class ProgramFolder
 {
 public:
     static constexpr int patience = 60000; // milliseconds
 
-    ProgramFolder();
+    explicit ProgramFolder(const QString &program = QStringLiteral("VorlynIPTool"));
     ~ProgramFolder(); // ends the program
 
     bool isValid() const { return valid; }
@@ -34,6 +34,7 @@ public:
     QProcess process;
 
 private:
+    QString program; // the file's name, and its windows' class
     QTemporaryDir folder;
     bool valid;
 };

@@ -2,6 +2,7 @@
 
 #include "CVTableWidget.h"
 #include "CVWidget.h"
+#include "FileChoice.h"
 #include "FleetProcess.h"
 #include "LogCatcher.h"
 #include "MediaButton.h"
@@ -23,7 +24,6 @@
 
 #include <QComboBox>
 #include <QElapsedTimer>
-#include <QFileDialog>
 #include <QJsonArray>
 #include <QLabel>
 #include <QLineEdit>
@@ -107,17 +107,6 @@ void setText(QDialog *dialog, const char *edit, const QString &text)
 void press(QDialog *dialog, const char *button)
 {
     QTest::mouseClick(dialog->findChild<QPushButton *>(button), Qt::LeftButton);
-}
-}
-
-namespace {
-std::function<void(QFileDialog &)> chooses(const QString &path)
-{
-    return [path](QFileDialog &dialog) {
-        dialog.setDirectory(QFileInfo(path).path());
-        setText(&dialog, "fileNameEdit", QFileInfo(path).fileName());
-        QTest::keyClick(dialog.findChild<QLineEdit *>("fileNameEdit"), Qt::Key_Return);
-    };
 }
 }
 
