@@ -1,0 +1,182 @@
+#!/usr/bin/env bash
+# manual-images.sh [FOLDER]   makes the pictures of the manuals anew, in docs/images/manual or in
+#                             FOLDER: both programs in both languages, with eight simulated cameras
+#                             in a private network and on a virtual screen. About two minutes.
+# With VORLYN_BUILD the programs of that build folder are shown and nothing is built.
+# Places are clicked by their distance from the window's upper left corner; those that the texts of
+# a language move stand at the end.
+set -eu
+root=$(cd "$(dirname "$0")/.." && pwd)
+out=$(realpath -m "${1:-$root/docs/images/manual}")
+build=${VORLYN_BUILD:-$root/build/release}
+. "$root/scripts/lib/packages.sh"
+. "$root/scripts/lib/network.sh"
+
+if [ -z "${VORLYN_TEST_CAMERA_PID:-}" ]; then
+    # shellcheck disable=SC2086 # lists of names
+    install_packages $build_packages $run_packages $screen_packages
+    cd "$root"
+    if [ -z "${VORLYN_BUILD:-}" ]; then
+        cmake --preset release >/dev/null
+        cmake --build --preset release --target VorlynIPTool VorlynBench vorlyn-fleet WINPSK \
+            LanguageFiles
+    fi
+    mkdir -p "$out"
+    exec "$root/tests/support/run-test.sh" --display --network -- \
+        "$root/scripts/manual-images.sh" "$out"
+fi
+
+work=$(mktemp -d)
+fleet= program=
+stop() { # PID
+    [ -z "$1" ] || { kill "$1" && wait "$1"; } 2>/dev/null || true
+}
+finish() {
+    stop "$program"
+    stop "$fleet"
+    rm -rf "$work"
+}
+trap finish EXIT
+trap 'exit 143' TERM INT
+
+# windows N: exactly N windows of the program are on the screen.
+windows() { [ "$(xdotool search --onlyvisible --class "$name" 2>/dev/null | wc -l)" -eq "$1" ]; }
+picture() { import -window root -crop 400x200+400+200 -format '%[fx:mean > 0.1]' info: | grep -qx 1; }
+active() { xdotool getactivewindow; }
+click() { xdotool mousemove --window "$(active)" "$1" "$2" sleep 0.2 click 1 sleep 0.4; }
+key() { xdotool key --delay 60 "$@" sleep 0.4; }
+write() { xdotool type --delay 20 "$1"; sleep 0.3; } # the rest of its line is text too
+dialog() { await windows 2; sleep 0.5; } # a dialog has opened
+closed() { await windows 1; sleep 0.5; }
+# The title bar belongs to the window manager, so a picture of one window is cut out of the screen.
+shot() { # NAME [CROP]
+    xdotool mousemove 1599 999 sleep 0.6
+    import -window root ${2:+-crop "$2"} png:- |
+        convert png:- +repage +dither -colors 255 -strip "png8:$out/$1-$language.png"
+}
+dialog_shot() { # NAME
+    local X Y WIDTH HEIGHT
+    eval "$(xdotool getwindowgeometry --shell "$(active)" | grep -v SCREEN)"
+    # X and Y count the frame twice.
+    shot "$1" "$((WIDTH + 2))x$((HEIGHT + 22))+$((X - 2))+$((Y - 38))"
+}
+panel_shot() { shot "$1" "${2}x$3+0+548"; } # NAME WIDTH HEIGHT: of the tabs and what is below them
+
+start() { # NAME: a copy of the program with settings of its own
+    name=$1
+    local folder=$work/$language/$1
+    mkdir -p "$folder/configure"
+    printf '[General]\nlangage=%s\nsearch%%20seconds=2\nprinter%%20name=POSTEK G6000\n' "$language" \
+        >"$folder/configure/configure.ini"
+    cp -r "$build/bin/$1" "$build/bin/language" "$build/fleet/libWINPSK.so" "$folder"
+    "$folder/$1" >/dev/null 2>&1 &
+    program=$!
+    await windows 2 # the window, and its search
+    await windows 1
+    await picture
+}
+stop_program() {
+    stop "$program"
+    program=
+}
+
+tool_images() {
+    start VorlynIPTool
+    shot tool
+    click 370 683 # "Set" of the address
+    dialog
+    click 195 20
+    key Down Return # static
+    dialog_shot address
+    key Escape
+    closed
+    click "$scan_code" 14
+    dialog
+    write "MR2-X"
+    key Tab
+    write "SN-00041"
+    key Tab Tab Tab
+    write "KVMR2G0001A2B3C4"
+    key Return
+    sleep 1 # the label
+    dialog_shot scan-station
+    convert "$work/$language/$name/labels/label-000001.png" -resize 400 -bordercolor gray -border 1 \
+        -strip "$out/label.png"
+    stop_program
+}
+
+bench_images() {
+    start VorlynBench
+    local i
+    click "$version_select" 820
+    dialog
+    write "$work/1.0.0.bin"
+    key Return
+    closed
+    key F5
+    for i in 1 2 3 4 5; do
+        dialog
+        [ "$i" != 1 ] || dialog_shot question
+        if [ "$i" = 3 ]; then key Escape; else key Return; fi
+        sleep 0.5
+    done
+    closed
+    shot production-tool
+
+    click "${tabs[1]}" 547
+    for i in 0 1 3; do # image, speaker and beep
+        click 60 $((603 + i * 236 / 10))
+        key Return
+        dialog
+        if [ "$i" = 1 ]; then key Escape; else key Return; fi
+        closed
+    done
+    click 60 886 # breathing
+    panel_shot factory-tests 900 450
+
+    click 1213 41 # all ticks
+    click "${tabs[2]}" 547
+    click 197 582
+    key Down Return
+    panel_shot network-settings 720 260
+
+    click "${tabs[3]}" 547
+    click "$firmware_select" 582
+    dialog
+    write "$work/1.2.0.bin"
+    key Return
+    closed
+    click "$firmware_select" 619
+    dialog
+    xdotool windowsize --sync "$(active)" 720 330
+    key Return
+    await windows 3
+    sleep 10 # until the cameras are looked for
+    dialog
+    dialog_shot upgrade-result
+    stop_program
+}
+
+start_fleet() {
+    nsenter -t "$VORLYN_TEST_CAMERA_PID" -n "$build/bin/vorlyn-fleet" --interface cam-a --count 8 \
+        --first-address 10.77.0.11 --journal "$work/journal" >"$work/fleet" </dev/null &
+    fleet=$!
+    await grep -q READY "$work/fleet"
+}
+
+take() { # LANGUAGE
+    language=$1
+    rm -f "$work/fleet"
+    start_fleet
+    tool_images
+    bench_images
+    stop "$fleet"
+    fleet=
+}
+
+echo firmware >"$work/1.0.0.bin"
+cp "$work/1.0.0.bin" "$work/1.2.0.bin"
+scan_code=410 version_select=335 firmware_select=530 tabs=(160 250 365 500)
+take en
+scan_code=300 version_select=335 firmware_select=481 tabs=(105 170 240 315)
+take cn
