@@ -6,6 +6,7 @@
 #include "FileChoice.h"
 #include "FirmwareUpgradePage.h"
 #include "FleetProcess.h"
+#include "HeaderDialogs.h"
 #include "MediaButton.h"
 #include "ModalDriver.h"
 #include "OperatorAnswers.h"
@@ -128,15 +129,6 @@ QByteArray read(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-template <class Dialog> void opens(MediaButton *button)
-{
-    const ModalDriver<Dialog> driver([](Dialog &dialog) {
-        QVERIFY(!dialog.parentWidget());
-        dialog.reject();
-    });
-    emit button->clicked();
 }
 }
 

@@ -2,6 +2,7 @@
 
 #include "CVTableWidget.h"
 #include "FleetProcess.h"
+#include "HeaderDialogs.h"
 #include "LogCatcher.h"
 #include "MediaButton.h"
 #include "ModalDriver.h"
@@ -423,18 +424,6 @@ void tst_MainWindow::keysAreLeftToOthers()
     QKeyEvent press(QEvent::KeyPress, Qt::Key_F5, Qt::NoModifier);
     QCoreApplication::sendEvent(window.data(), &press);
     QVERIFY(!press.isAccepted());
-}
-
-namespace {
-// Clicks, and turns down the parentless dialog that comes.
-template <class Dialog> void opens(MediaButton *button)
-{
-    const ModalDriver<Dialog> driver([](Dialog &dialog) {
-        QVERIFY(!dialog.parentWidget());
-        dialog.reject();
-    });
-    emit button->clicked();
-}
 }
 
 void tst_MainWindow::headerButtonsOpenTheirDialogs()
