@@ -1,5 +1,6 @@
 #include "ProgramRun.h"
 
+#include "QtTexts.h"
 #include "SocketLayer.h"
 #include "Startup.h"
 #include "VorlynSDK.h"
@@ -20,6 +21,7 @@ int runProgram(int argc, char *argv[], QWidget *(*makeWindow)())
     initGolbals();
     qDebug("WSA(%d, %d) = %d", sockets.highVersion, sockets.version, sockets.result);
 
+    const QtTexts qtTexts;
     QApplication::setWindowIcon(applicationIcon());
     QWidget *window = makeWindow();
     window->show();

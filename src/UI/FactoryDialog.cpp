@@ -1,5 +1,6 @@
 #include "FactoryDialog.h"
 
+#include "FactoryKeys.h"
 #include "ZRLocalize.h"
 #include "ZRNamedChild.h"
 
@@ -11,6 +12,7 @@ FactoryDialog::FactoryDialog(QWidget *parent, const char *titleKey) : ZRDialog(p
     setWindowTitle(ZRLocalize::translate(titleKey));
     setFocusPolicy(Qt::ClickFocus);
     setFocus();
+    ignoreHeldKeys(this);
 }
 
 FactoryDialog::~FactoryDialog() = default;
@@ -22,6 +24,7 @@ QPushButton *FactoryDialog::makePassButton()
     auto *button = namedChild<QPushButton>(this, "passButton");
     button->setText(ZRLocalize::translate("Pass"));
     button->setDefault(true);
+    ignoreHeldKeys(button);
     connect(button, &QPushButton::clicked, this, &QDialog::accept);
     return button;
 }
@@ -30,6 +33,7 @@ QPushButton *FactoryDialog::makeFailButton()
 {
     auto *button = namedChild<QPushButton>(this, "failButton");
     button->setText(ZRLocalize::translate("Failure"));
+    ignoreHeldKeys(button);
     connect(button, &QPushButton::clicked, this, &QDialog::reject);
     return button;
 }

@@ -11,7 +11,7 @@ class QPushButton;
 // two answers of the operator, and slots that a report of the device calls. The dialogs are modal
 // and take their texts in the language at their making.
 // Keys: Enter is the answer that passes while it is enabled, Esc the one that fails. Neither has
-// the focus at first, so that a key that is still held answers nothing.
+// the focus at first, and a key that is still held answers nothing: it is pressed for each answer.
 // Thread: the GUI's, but the update slots may be called from any: elsewhere they return at once and
 // act when the GUI thread's event loop next runs.
 class FactoryDialog : public ZRDialog

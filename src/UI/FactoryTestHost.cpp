@@ -74,8 +74,9 @@ int FactoryTestHost::runWithReports(const FactoryTest &test, FactoryDialog &dial
 {
     discard(source);
     const auto sink = [this, &test, &dialog](const VorlynReport &report) {
-        if (report.function == test.report)
-            deliver(report, test.slot, dialog);
+        if (report.function != test.report)
+            return;
+        deliver(report, test.slot, dialog);
         if (generationWidget)
             show(report);
     };

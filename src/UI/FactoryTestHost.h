@@ -19,8 +19,8 @@ class FactoryTestHost
 public:
     explicit FactoryTestHost(const VorlynDevice &device);
 
-    // A widget that shows what is reported while a dialog is open, whichever it is. Not owned; it
-    // outlives an open dialog. Null for none.
+    // A widget that shows what is reported to an open dialog, too. The operator's answer is the
+    // caller's to show. Not owned; it outlives an open dialog. Null for none.
     void setGenerationWidget(VorlynDeviceGenerationWidget *widget);
     // In place of the SDK's queue.
     void setSource(const FactoryReportThread::Source &source);

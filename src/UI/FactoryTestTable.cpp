@@ -21,6 +21,8 @@ void FactoryTestTable::setUp(QTableWidget &table, int columnCount)
     table.setColumnCount(columnCount);
     table.setRowCount(int(std::size(factoryTests)));
     table.setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table.setTabKeyNavigation(false); // Tab goes on to the next control
+    table.horizontalHeader()->setHighlightSections(false);
     table.horizontalHeader()->setSectionResizeMode(nameColumn, QHeaderView::Stretch);
     for (int column = nameColumn + 1; column < columnCount; ++column)
         table.setColumnWidth(column, narrowColumn);

@@ -1,9 +1,11 @@
 #include "FactoryTestsPanel.h"
 
 #include "CVTableWidget.h"
+#include "FactoryKeys.h"
 #include "FactoryTestHost.h"
 #include "FactoryTestList.h"
 #include "FactoryTestTable.h"
+#include "SameDevice.h"
 #include "VorlynDeviceGenerationWidget.h"
 #include "ZRNamedChild.h"
 
@@ -65,6 +67,7 @@ void FactoryTestsPanel::setUpTable()
         testTable->setItem(row, FunctionColumn, function);
     }
     testTable->setCurrentCell(0, NameColumn);
+    ignoreHeldKeys(testTable);
     connect(testTable, &QTableWidget::currentCellChanged, this, &FactoryTestsPanel::updateButton);
     connect(testTable, &QTableWidget::activated, this,
         [this](const QModelIndex &index) { openTest(index.row()); });
@@ -72,7 +75,7 @@ void FactoryTestsPanel::setUpTable()
 
 void FactoryTestsPanel::setDevice(const VorlynDevice &device)
 {
-    if (device.mac() != device_.mac())
+    if (!isSameDevice(device, device_))
         results.clear();
     VorlynDeviceContentWidget::setDevice(device);
     setEnabled(device.isValid());
@@ -137,12 +140,12 @@ void FactoryTestsPanel::openTest(int row)
     if (row < 0 || !isFor(factoryTests[row], device_))
         return;
     const QPointer<FactoryTestsPanel> self(this);
-    const QString mac = device_.mac();
+    const VorlynDevice device = device_;
     const FactoryTest &test = factoryTests[row];
-    FactoryTestHost host(device_);
+    FactoryTestHost host(device);
     host.setGenerationWidget(generationWidget);
     const int state = host.run(test);
-    if (!self || device_.mac() != mac)
+    if (!self || !isSameDevice(device, device_))
         return;
     results[test.id] = state;
     updateRow(row);
@@ -157,7 +160,7 @@ void FactoryTestsPanel::resizeEvent(QResizeEvent *event)
     layOut();
 }
 
-// The functions over the table, and the button beside it.
+// The functions and the button beside the table, which needs all of the height.
 void FactoryTestsPanel::layOut()
 {
     constexpr int margin = 10;
@@ -165,8 +168,8 @@ void FactoryTestsPanel::layOut()
     constexpr int lineHeight = 30;
     constexpr int widestTable = 700; // a name and its state are read as one line
     const int tableWidth = std::min(width() - buttonWidth - 3 * margin, widestTable);
-    functionsLine->setGeometry(margin, margin, tableWidth, lineHeight);
-    testTable->setGeometry(
-        margin, margin + lineHeight, tableWidth, height() - 2 * margin - lineHeight);
-    openButton->setGeometry(tableWidth + 2 * margin, margin + lineHeight, buttonWidth, lineHeight);
+    testTable->setGeometry(margin, margin, tableWidth, height() - 2 * margin);
+    const int x = tableWidth + 2 * margin;
+    functionsLine->setGeometry(x, margin, width() - margin - x, lineHeight);
+    openButton->setGeometry(x, 2 * margin + lineHeight, buttonWidth, lineHeight);
 }

@@ -23,10 +23,10 @@ public:
     explicit FactoryTestsPanel(QWidget *parent);
     ~FactoryTestsPanel() override;
 
-    // Another device, by its MAC, begins without results.
+    // Another device (SameDevice.h) begins without results.
     void setDevice(const VorlynDevice &device) override;
-    // Shows the results too, and what is reported while a dialog is open. Not owned; it outlives
-    // the panel or is taken away by null, but an open dialog keeps it: it outlives that too.
+    // Shows the results too, and what is reported to an open dialog. Not owned; it outlives the
+    // panel or is taken away by null, but an open dialog keeps it: it outlives that too.
     void setGenerationWidget(VorlynDeviceGenerationWidget *widget);
     void onLanguageChanged() override;
 

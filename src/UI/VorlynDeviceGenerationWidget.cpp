@@ -3,6 +3,7 @@
 #include "CVTableWidget.h"
 #include "FactoryTestList.h"
 #include "FactoryTestTable.h"
+#include "SameDevice.h"
 #include "VorlynSDK.h"
 #include "WiFiInfoText.h"
 #include "ZRNamedChild.h"
@@ -24,6 +25,7 @@ VorlynDeviceGenerationWidget::VorlynDeviceGenerationWidget(QWidget *parent) :
     autoButton(namedChild<QPushButton>(this, "autoButton"))
 {
     setUpTable();
+    wifiList->setFocusPolicy(Qt::ClickFocus);
     connect(dayButton, &QPushButton::clicked, this, &VorlynDeviceGenerationWidget::testIRCutDay);
     connect(
         nightButton, &QPushButton::clicked, this, &VorlynDeviceGenerationWidget::testIRCutNight);
@@ -37,13 +39,14 @@ VorlynDeviceGenerationWidget::~VorlynDeviceGenerationWidget() = default;
 void VorlynDeviceGenerationWidget::setUpTable()
 {
     FactoryTestTable::setUp(*testTable, 2);
+    testTable->setFocusPolicy(Qt::ClickFocus); // unasked, no row looks chosen
     for (const FactoryTest &test : factoryTests)
         testIds.append(test.id);
 }
 
 void VorlynDeviceGenerationWidget::setDevice(const VorlynDevice &device)
 {
-    const bool isOther = device.mac() != device_.mac();
+    const bool isOther = !isSameDevice(device, device_);
     VorlynDeviceContentWidget::setDevice(device);
     setEnabled(device.isValid());
     if (isOther) {

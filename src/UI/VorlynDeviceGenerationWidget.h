@@ -23,7 +23,7 @@ public:
     explicit VorlynDeviceGenerationWidget(QWidget *parent);
     ~VorlynDeviceGenerationWidget() override;
 
-    // Another device, by its MAC, begins without results and without networks.
+    // Another device (SameDevice.h) begins without results and without networks.
     void setDevice(const VorlynDevice &device) override;
     void onLanguageChanged() override;
 

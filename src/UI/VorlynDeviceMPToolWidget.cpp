@@ -2,6 +2,7 @@
 
 #include "DialogCalls.h"
 #include "PTZPad.h"
+#include "SameDevice.h"
 #include "VorlynDeviceIPInfoDialog.h"
 #include "VorlynDeviceMPToolThread.h"
 #include "VorlynDeviceSettingsDialog.h"
@@ -71,7 +72,7 @@ VorlynDeviceMPToolWidget::~VorlynDeviceMPToolWidget()
 
 void VorlynDeviceMPToolWidget::setDevice(const VorlynDevice &device)
 {
-    const bool sameDevice = device.mac() == device_.mac();
+    const bool sameDevice = isSameDevice(device, device_);
     if (!sameDevice) {
         pad->finish();
         wifiInfoWidget->setInfos({});
@@ -202,14 +203,27 @@ void VorlynDeviceMPToolWidget::appendText(QString text, QColor color)
     const int anchor = selected.anchor();
     const int position = selected.position();
     logEdit->moveCursor(QTextCursor::End);
+    const int end = logEdit->textCursor().position();
     logEdit->setTextColor(color);
     logEdit->append(text);
+    if (Qt::mightBeRichText(text)) // which has taken colours of its own
+        colorFrom(end, color);
     if (anchor != position) {
         selected.setPosition(anchor);
         selected.setPosition(position, QTextCursor::KeepAnchor);
     }
     logEdit->setTextCursor(selected);
     bar->setValue(isAtEnd ? bar->maximum() : place);
+}
+
+void VorlynDeviceMPToolWidget::colorFrom(int position, const QColor &color)
+{
+    QTextCursor cursor(logEdit->document());
+    cursor.setPosition(position);
+    cursor.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
+    QTextCharFormat format;
+    format.setForeground(color);
+    cursor.mergeCharFormat(format);
 }
 
 void VorlynDeviceMPToolWidget::onClickMacSettingButton()

@@ -137,6 +137,8 @@ private:
     QString askForText(const QString &hint);
     void showHint(const QString &text);
 
+    // What stands in the log from there on.
+    void colorFrom(int position, const QColor &color);
     void appendStart(const char *title);
     void judge(const OperatorTest &test);
 

@@ -49,6 +49,7 @@ VorlynDeviceUpgradeDialog::VorlynDeviceUpgradeDialog(QWidget *parent) :
     upgradeButton(namedChild<QPushButton>(this, "upgradeButton"))
 {
     tableWidget->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    tableWidget->setTabKeyNavigation(false); // Tab goes on to the button
     tableWidget->verticalHeader()->hide();
     upgradeButton->setText(ZRLocalize::translate(QStringLiteral("Upgrade Firmware")));
     upgradeButton->setAutoDefault(false); // Enter starts no upgrade
@@ -98,6 +99,8 @@ void VorlynDeviceUpgradeDialog::setupTableWidget()
 {
     tableWidget->setRowCount(devices.size());
     tableWidget->setColumnCount(columnCount);
+    // Else a font with wide letters widens the narrow column.
+    tableWidget->horizontalHeader()->setMinimumSectionSize(columns[0].width);
     QStringList headers;
     for (int i = 0; i < columnCount; ++i) {
         headers.append(ZRLocalize::translate(QString::fromLatin1(columns[i].header)));

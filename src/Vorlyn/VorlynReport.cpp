@@ -62,6 +62,11 @@ bool isNumber(const QJsonValue &value)
     return isRead && qIsFinite(number) && !value.isBool();
 }
 
+bool isListOrAbsent(const QJsonValue &value)
+{
+    return value.isArray() || value.isUndefined();
+}
+
 // A number or a decimal text that intOf() reads as it is.
 bool isWhole(const QJsonValue &value)
 {
@@ -88,7 +93,7 @@ bool readContent(const QJsonObject &object, VorlynReport &report)
     case Content::Networks:
         report.scanResult = resultOf(object);
         report.networks = networksOf(object);
-        return object.value("result").isString();
+        return object.value("result").isString() && isListOrAbsent(object.value("WifiList"));
     case Content::Nothing:
         break;
     }

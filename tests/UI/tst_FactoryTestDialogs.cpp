@@ -120,6 +120,12 @@ const struct {
     {"FactorySDCardTestDialog", sdCard(30412, 26828)},
     {"FactorySpeakerTestDialog", report("updateSpeaker")},
     {"FactoryTemperatureTestDialog", temperature(-1234.5)},
+    {"FactoryWiFiTestDialog",
+        [](FactoryDialog &dialog) {
+            auto &wifi = static_cast<FactoryWiFiTestDialog &>(dialog);
+            wifi.setInfos(-1, {});
+            wifi.updateWiFi();
+        }},
 };
 }
 
@@ -154,7 +160,9 @@ private slots:
     void crossesThreads();
     void answers_data();
     void answers();
+    void heldKeyAnswersNothing_data();
     void heldKeyAnswersNothing();
+    void blindKeyAnswersNothingTooEarly();
     void lostPassLeavesNoFocusToTheOther_data();
     void lostPassLeavesNoFocusToTheOther();
     void isTranslated_data() { addLanguages(); }
@@ -529,8 +537,10 @@ void tst_FactoryTestDialogs::crossesThreads()
     report(*expected);
     const DialogPointer dialog = make(className);
     const auto shown = [](const DialogPointer &dialog) {
-        const QLabel *label = status(dialog);
-        return qMakePair(label ? label->text() : QString(), pass(dialog)->isEnabled());
+        QStringList texts;
+        for (const QLabel *label : dialog->findChildren<QLabel *>())
+            texts << label->text();
+        return qMakePair(texts, pass(dialog)->isEnabled());
     };
     const auto before = shown(dialog);
     QVERIFY(before != shown(expected));
@@ -591,8 +601,52 @@ void tst_FactoryTestDialogs::answers()
     }
 }
 
-// Nothing that is typed blindly answers: neither a space, nor Enter before the test may pass.
+void tst_FactoryTestDialogs::heldKeyAnswersNothing_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
+    QTest::newRow("Return") << int(Qt::Key_Return) << Qt::KeyboardModifiers(Qt::NoModifier);
+    QTest::newRow("Enter") << int(Qt::Key_Enter) << Qt::KeyboardModifiers(Qt::KeypadModifier);
+    QTest::newRow("Esc") << int(Qt::Key_Escape) << Qt::KeyboardModifiers(Qt::NoModifier);
+}
+
+// Wherever the focus is: a key that repeats itself is still down from what came before. The same
+// key pressed anew answers.
 void tst_FactoryTestDialogs::heldKeyAnswersNothing()
+{
+    QFETCH(int, key);
+    QFETCH(Qt::KeyboardModifiers, modifiers);
+    const auto press = [&](QWidget *widget, bool repeats) {
+        QKeyEvent event(QEvent::KeyPress, key, modifiers, "\r", repeats);
+        QCoreApplication::sendEvent(widget, &event);
+    };
+    for (const FactoryTest &test : factoryTests) {
+        const DialogPointer dialog(test.make(nullptr));
+        pass(dialog)->setEnabled(true);
+        dialog->show();
+        QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+        QList<QWidget *> places = {dialog.get()};
+        for (QWidget *child : dialog->findChildren<QWidget *>()) {
+            if (child->focusPolicy() != Qt::NoFocus && child->isVisible())
+                places << child;
+        }
+        QVERIFY(places.size() >= 3); // with both answers
+        for (QWidget *place : qAsConst(places)) {
+            place->setFocus(Qt::TabFocusReason);
+            for (int i = 0; i < 3; ++i)
+                press(place, true);
+            QVERIFY2(dialog->isVisible(), qPrintable(place->objectName()));
+        }
+        dialog->setFocus();
+        press(dialog.get(), false);
+        QVERIFY(!dialog->isVisible());
+        QCOMPARE(
+            dialog->result(), int(key == Qt::Key_Escape ? QDialog::Rejected : QDialog::Accepted));
+    }
+}
+
+// Neither a space answers at first, nor Return before the test may pass.
+void tst_FactoryTestDialogs::blindKeyAnswersNothingTooEarly()
 {
     for (const FactoryTest &test : factoryTests) {
         const DialogPointer dialog(test.make(nullptr));

@@ -25,10 +25,22 @@ public:
     using VorlynDeviceGenerationWidget::testResults;
 };
 
-VorlynDevice deviceWith(const QString &functions, const QString &mac = "02:56:4C:00:00:01")
+VorlynDevice deviceWith(const QString &functions)
 {
-    VorlynDevice device = makeDevices({mac}).first();
+    VorlynDevice device = makeDevices({"02:56:4C:00:00:01"}).first();
     device.setFunctionId(functions);
+    return device;
+}
+
+VorlynDevice anotherDevice()
+{
+    return makeDevices({"02:56:4C:00:00:01", "02:56:4C:00:00:02"}).last();
+}
+
+// As after a write of its MAC.
+VorlynDevice withAnotherMac(VorlynDevice device)
+{
+    device.setMac("02:56:4C:00:00:99");
     return device;
 }
 
@@ -63,11 +75,16 @@ private slots:
     void everyTestByTheButton();
     void ways_data();
     void ways();
+    void heldKeyOpensNothing_data();
+    void heldKeyOpensNothing();
     void results();
     void generationWidgetIsTold();
     void anotherDeviceBeginsAnew();
+    void anotherMacIsTheSameDevice();
     void deviceChangesUnderTheDialog();
+    void macChangesUnderTheDialog();
     void panelGoesUnderTheDialog();
+    void tabLeavesTheTable();
     void layout_data();
     void layout();
 
@@ -263,6 +280,45 @@ void tst_FactoryTestsPanel::ways()
     QCOMPARE(finished.first(), QVariantList({6, 1}));
 }
 
+void tst_FactoryTestsPanel::heldKeyOpensNothing_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::newRow("Return") << int(Qt::Key_Return);
+    QTest::newRow("Enter") << int(Qt::Key_Enter);
+}
+
+// One press that is held opens the test, and neither answers it nor opens it again.
+void tst_FactoryTestsPanel::heldKeyOpensNothing()
+{
+    QFETCH(int, key);
+    const auto press = [key](QWidget *widget, bool repeats) {
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, "\r", repeats);
+        QCoreApplication::sendEvent(widget, &event);
+    };
+    const QSignalSpy finished(panel.get(), &FactoryTestsPanel::testFinished);
+    table()->setCurrentCell(0, 0);
+    table()->setFocus();
+    {
+        const ModalDriver<FactoryDialog> driver([&press](FactoryDialog &dialog) {
+            for (int i = 0; i < 3; ++i)
+                press(dialog.focusWidget(), true);
+            QVERIFY(dialog.isVisible());
+            dialog.reject();
+        });
+        press(table(), false);
+    }
+    QCOMPARE(finished.size(), 1);
+    QCOMPARE(panel->result(1), int(FactoryTestFailed));
+    for (int i = 0; i < 3; ++i)
+        press(table(), true);
+    QCoreApplication::processEvents();
+    QVERIFY(!QApplication::activeModalWidget());
+    QCOMPARE(finished.size(), 1);
+    const ModalDriver<FactoryDialog> driver(pass);
+    press(table(), false);
+    QCOMPARE(finished.size(), 2);
+}
+
 void tst_FactoryTestsPanel::results()
 {
     table()->setCurrentCell(0, 0);
@@ -292,21 +348,43 @@ void tst_FactoryTestsPanel::anotherDeviceBeginsAnew()
     ModalDriver<FactoryDialog> driver(pass);
     button()->click();
     QCOMPARE(panel->result(1), int(FactoryTestPassed));
-    panel->setDevice(deviceWith("PAC", "02:56:4C:00:00:02"));
+    panel->setDevice(anotherDevice());
     QCOMPARE(panel->result(1), int(FactoryTestWaiting));
     QCOMPARE(state(0), QString("Wait for Test"));
+}
+
+void tst_FactoryTestsPanel::anotherMacIsTheSameDevice()
+{
+    ModalDriver<FactoryDialog> driver(pass);
+    button()->click();
+    panel->setDevice(withAnotherMac(panel->device()));
+    QCOMPARE(panel->device().mac(), QString("02:56:4C:00:00:99"));
+    QCOMPARE(panel->result(1), int(FactoryTestPassed));
+    QCOMPARE(state(0), QString("Test Success"));
 }
 
 void tst_FactoryTestsPanel::deviceChangesUnderTheDialog()
 {
     const QSignalSpy finished(panel.get(), &FactoryTestsPanel::testFinished);
     ModalDriver<FactoryDialog> driver([this](FactoryDialog &dialog) {
-        panel->setDevice(deviceWith("PAC", "02:56:4C:00:00:02"));
+        panel->setDevice(anotherDevice());
         dialog.accept();
     });
     button()->click();
     QCOMPARE(panel->result(1), int(FactoryTestWaiting));
     QVERIFY(finished.isEmpty());
+}
+
+void tst_FactoryTestsPanel::macChangesUnderTheDialog()
+{
+    const QSignalSpy finished(panel.get(), &FactoryTestsPanel::testFinished);
+    ModalDriver<FactoryDialog> driver([this](FactoryDialog &dialog) {
+        panel->setDevice(withAnotherMac(panel->device()));
+        dialog.accept();
+    });
+    button()->click();
+    QCOMPARE(panel->result(1), int(FactoryTestPassed));
+    QCOMPARE(finished.size(), 1);
 }
 
 void tst_FactoryTestsPanel::panelGoesUnderTheDialog()
@@ -318,6 +396,18 @@ void tst_FactoryTestsPanel::panelGoesUnderTheDialog()
     });
     table()->setFocus();
     QTest::keyClick(table(), Qt::Key_Return);
+}
+
+// From any row to the button, and back.
+void tst_FactoryTestsPanel::tabLeavesTheTable()
+{
+    table()->setFocus();
+    table()->setCurrentCell(3, 0);
+    QTest::keyClick(table(), Qt::Key_Tab);
+    QVERIFY(button()->hasFocus());
+    QTest::keyClick(button(), Qt::Key_Tab, Qt::ShiftModifier);
+    QVERIFY(table()->hasFocus());
+    QCOMPARE(table()->currentRow(), 3);
 }
 
 void tst_FactoryTestsPanel::layout_data()
@@ -335,6 +425,7 @@ void tst_FactoryTestsPanel::layout()
     QVERIFY(panel->rect().contains(table()->geometry()));
     QVERIFY(panel->rect().contains(button()->geometry()));
     QVERIFY(!table()->geometry().intersects(button()->geometry()));
+    QVERIFY(panel->rect().contains(functionsLine()->geometry()));
     QVERIFY(!functionsLine()->geometry().intersects(table()->geometry()));
     QVERIFY(!functionsLine()->geometry().intersects(button()->geometry()));
     for (int row = 0; row < 16; ++row)

@@ -7,6 +7,7 @@
 #include "VorlynDeviceGenerationWidget.h"
 #include "ZRLabel.h"
 
+#include <QClipboard>
 #include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
@@ -122,6 +123,10 @@ private slots:
     void irCutBlocksAnotherThread();
     void irCutWithoutADevice();
     void anotherDeviceBeginsAnew();
+    void sameDeviceByItsSrcid_data();
+    void sameDeviceByItsSrcid();
+    void nothingLooksChosenAtFirst();
+    void resultsAreCopied();
     void invalidDeviceDisables();
     void layout_data();
     void layout();
@@ -401,13 +406,85 @@ void tst_VorlynDeviceGenerationWidget::anotherDeviceBeginsAnew()
     QCOMPARE(panel->state(3), ZRLocalize::translate("Test Failure"));
     QCOMPARE(panel->networks(), twoTexts);
 
-    panel->setDevice(makeDevices({"b"})[0]);
+    panel->setDevice(makeDevices({"a", "b"})[1]);
     for (const int id : qAsConst(panel->testIds)) {
         QCOMPARE(panel->testResults.value(id), 0);
         QCOMPARE(panel->state(id), ZRLocalize::translate(waiting));
         QCOMPARE(panel->color(id), QColor(0, 0, 0));
     }
     QCOMPARE(panel->networks(), QStringList());
+}
+
+void tst_VorlynDeviceGenerationWidget::sameDeviceByItsSrcid_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+    QTest::addColumn<bool>("keeps");
+    constexpr struct {
+        const char *name;
+        const char *before;
+        const char *after;
+        bool keeps;
+    } rows[] = {
+        {"its own", "cam0", "cam0", true},
+        {"another", "cam0", "cam1", false},
+        {"in other letters", "cam0", "CAM0", false},
+        {"none", "", "", false},
+    };
+    for (const auto &row : rows)
+        QTest::newRow(row.name) << QString(row.before) << QString(row.after) << row.keeps;
+}
+
+// A camera that has been given another MAC keeps its results.
+void tst_VorlynDeviceGenerationWidget::sameDeviceByItsSrcid()
+{
+    QFETCH(QString, before);
+    QFETCH(QString, after);
+    QFETCH(bool, keeps);
+    VorlynDevice device = makeDevices({"a"})[0];
+    device.setValue("srcid", before);
+    panel->setDevice(device);
+    panel->setResult(sdCard, 1);
+    panel->setWiFiInfos(twoNetworks());
+    device.setMac("b");
+    device.setValue("srcid", after);
+    panel->setDevice(device);
+    QCOMPARE(panel->device().mac(), QString("b"));
+    QCOMPARE(panel->state(sdCard), ZRLocalize::translate(keeps ? "Test Success" : waiting));
+    QCOMPARE(panel->networks(), keeps ? twoTexts : QStringList());
+}
+
+// Tab goes past the lists, so that none of their rows is marked; a click still marks one.
+void tst_VorlynDeviceGenerationWidget::nothingLooksChosenAtFirst()
+{
+    panel->setDevice(makeDevices({"a"})[0]);
+    panel->setWiFiInfos(twoNetworks());
+    panel->show();
+    QVERIFY(QTest::qWaitForWindowActive(panel.get()));
+    panel->setFocus();
+    QTest::keyClick(panel.get(), Qt::Key_Tab);
+    QVERIFY(panel->findChild<QPushButton *>("dayButton")->hasFocus());
+    const std::initializer_list<QAbstractItemView *> lists = {panel->testTable, panel->wifiList};
+    for (const QAbstractItemView *list : lists) {
+        QVERIFY(!list->currentIndex().isValid());
+        QVERIFY(!list->selectionModel()->hasSelection());
+    }
+    const QRect cell = panel->testTable->visualItemRect(panel->testTable->item(3, 0));
+    QTest::mouseClick(panel->testTable->viewport(), Qt::LeftButton, {}, cell.center());
+    QVERIFY(panel->testTable->hasFocus());
+    QCOMPARE(panel->testTable->currentRow(), 3);
+}
+
+void tst_VorlynDeviceGenerationWidget::resultsAreCopied()
+{
+    panel->setDevice(makeDevices({"a"})[0]);
+    panel->setResult(sdCard, 1);
+    QTest::keyClick(panel->testTable, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(panel->testTable, Qt::Key_C, Qt::ControlModifier);
+    const QStringList lines = QGuiApplication::clipboard()->text().split('\n');
+    QCOMPARE(lines.size(), 16);
+    QCOMPARE(lines[panel->rowOf(1)], QString("Image Test\tNot Tested"));
+    QCOMPARE(lines[panel->rowOf(sdCard)], QString("SD Card Test\tPassed"));
 }
 
 void tst_VorlynDeviceGenerationWidget::invalidDeviceDisables()

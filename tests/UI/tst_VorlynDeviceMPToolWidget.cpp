@@ -38,6 +38,7 @@ struct Panel : VorlynDeviceMPToolWidget {
 VorlynDevice camera(const QString &mac, const QString &functions = QString())
 {
     VorlynDevice device = makeDevices({mac}).first();
+    device.setValue("srcid", "cam-" + mac);
     device.setName("Nursery");
     device.setIpMode("DHCP");
     device.setP2pid("ABC123");
@@ -72,10 +73,13 @@ private slots:
     void toolTipsTellTheWholeValue_data();
     void toolTipsTellTheWholeValue();
     void keepsWhatIsTyped();
+    void keepsWhatIsTypedForAnotherMac();
     void controls_data();
     void controls();
     void scannerChangesNoDevice();
     void logLines();
+    void logLinesThatLookLikeHtml_data();
+    void logLinesThatLookLikeHtml();
     void logFromAnotherThread();
     void logKeepsASelection_data();
     void logKeepsASelection();
@@ -252,6 +256,30 @@ void tst_VorlynDeviceMPToolWidget::keepsWhatIsTyped()
     QCOMPARE(panel->nameEdit->text(), QString("renamed elsewhere"));
 }
 
+// It is the same camera, by its "srcid".
+void tst_VorlynDeviceMPToolWidget::keepsWhatIsTypedForAnotherMac()
+{
+    VorlynDevice device = table->device(1);
+    panel->setDevice(device);
+    panel->wifiInfoWidget->setInfos({{"Workshop", 82}});
+    panel->nameEdit->selectAll();
+    QTest::keyClicks(panel->nameEdit, "door");
+    device.setMac("c");
+    panel->setDevice(device);
+    QCOMPARE(panel->macEdit->text(), QString("c"));
+    QCOMPARE(panel->nameEdit->text(), QString("door"));
+    QCOMPARE(networks(), QStringList("Workshop (82)"));
+
+    for (const char *mac : {"d", "e"}) { // records without one are different devices
+        device.setValue("srcid", "");
+        device.setMac(mac);
+        panel->setDevice(device);
+        QCOMPARE(panel->nameEdit->text(), QString("Nursery"));
+        panel->nameEdit->selectAll();
+        QTest::keyClicks(panel->nameEdit, "door");
+    }
+}
+
 void tst_VorlynDeviceMPToolWidget::controls_data()
 {
     QTest::addColumn<QString>("mac");
@@ -317,6 +345,36 @@ void tst_VorlynDeviceMPToolWidget::logLines()
     QCOMPARE(linesOf(*panel->logEdit),
         QStringList({"#2020e0 first", "", "#ff0000 third", "#000000 fourth"}));
     QCOMPARE(panel->logEdit->palette().color(QPalette::Base), QColor(Qt::white));
+}
+
+void tst_VorlynDeviceMPToolWidget::logLinesThatLookLikeHtml_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QStringList>("shown");
+    QTest::newRow("bold") << "Name : <b>x</b> y" << QStringList("Name : x y");
+    QTest::newRow("colours") << "a<font color=blue>b</font><a href=\"c\">d</a>"
+                             << QStringList("abd");
+    QTest::newRow("paragraphs") << "<p>a</p><p style=\"color: blue\">b</p>"
+                                << QStringList({"a", "b"});
+    QTest::newRow("plain") << "a < b" << QStringList("a < b");
+}
+
+// The log shows them as HTML, but in the colour of what they mean; and the lines around keep
+// theirs.
+void tst_VorlynDeviceMPToolWidget::logLinesThatLookLikeHtml()
+{
+    QFETCH(QString, text);
+    QFETCH(QStringList, shown);
+    QStringList expected;
+    for (const QString &line : qAsConst(shown))
+        expected << "#ff0000 " + line;
+    append(text, red); // also as the first one
+    QCOMPARE(linesOf(*panel->logEdit), expected);
+    append("banner", blue);
+    append(text, red);
+    append("passed", Qt::black);
+    QCOMPARE(linesOf(*panel->logEdit),
+        expected + QStringList("#2020e0 banner") + expected + QStringList("#000000 passed"));
 }
 
 void tst_VorlynDeviceMPToolWidget::logFromAnotherThread()

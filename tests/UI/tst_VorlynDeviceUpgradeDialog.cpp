@@ -41,6 +41,7 @@ private slots:
     void layout();
     void buttonNeedsBoth();
     void enterStartsNothing();
+    void tabLeavesTheTable();
     void baseName_data();
     void baseName();
     void results_data();
@@ -218,6 +219,19 @@ void tst_VorlynDeviceUpgradeDialog::enterStartsNothing()
     button()->setFocus();
     QTest::keyClick(button(), Qt::Key_Space); // without a network it ends at once
     QVERIFY(dialog->hasRun());
+}
+
+void tst_VorlynDeviceUpgradeDialog::tabLeavesTheTable()
+{
+    dialog->show();
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+    table->widget()->setFocus();
+    table->widget()->setCurrentCell(1, 2);
+    QTest::keyClick(table->widget(), Qt::Key_Tab);
+    QVERIFY(button()->hasFocus());
+    QTest::keyClick(button(), Qt::Key_Tab);
+    QVERIFY(table->widget()->hasFocus());
+    QCOMPARE(table->widget()->currentColumn(), 2);
 }
 
 void tst_VorlynDeviceUpgradeDialog::baseName_data()

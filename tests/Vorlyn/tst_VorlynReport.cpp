@@ -260,6 +260,8 @@ void tst_VorlynReport::malformed_data()
     QTest::newRow("nobody") << changed("srcid", "");
     QTest::newRow("sender as number") << changed("srcid", 7);
     QTest::newRow("no function") << changed("function", "");
+    QTest::newRow("networks as text")
+        << message({{"function", "wifi"}, {"result", "success"}, {"WifiList", "Home"}});
     QTest::newRow("function as number") << changed("function", 1);
     QTest::newRow("function without reports") << changed("function", "beep");
     QTest::newRow("status as number") << changed("status", 1);
