@@ -4,8 +4,11 @@ target_compile_features(project_options INTERFACE cxx_std_17)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON) # the distribution's Qt asks for it
 
+cmake_path(GET CMAKE_CURRENT_LIST_DIR PARENT_PATH tree)
 target_compile_options(project_options INTERFACE
-  $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall -Wextra>)
+  $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall -Wextra>
+  # What is given away names its sources as the tree does, not by this machine's folders.
+  $<$<AND:$<CONFIG:Release>,$<COMPILE_LANGUAGE:CXX>>:-ffile-prefix-map=${tree}/=>)
 # Calls that 5.12 already calls old are errors; calls newer than 5.12 are kept out
 # by scripts/check-sources.sh, as Qt has no switch for them.
 target_compile_definitions(project_options INTERFACE
