@@ -1,6 +1,9 @@
 #include "HostAddresses.h"
 
+#include <QElapsedTimer>
 #include <QProcess>
+#include <QThread>
+#include <QUdpSocket>
 
 namespace {
 
@@ -11,31 +14,69 @@ QString netmask(int prefixLength)
     return QHostAddress(quint32(0xffffffffull << (32 - prefixLength))).toString();
 }
 
+QStringList netshArguments(bool adding, const QString &interface, const HostAddress &address)
+{
+    QStringList arguments{QStringLiteral("interface"), QStringLiteral("ipv4"),
+        QLatin1String(adding ? "add" : "delete"), QStringLiteral("address"),
+        QStringLiteral("name=") + interface, QStringLiteral("address=") + address.ip.toString(),
+        QStringLiteral("store=active")};
+    if (adding) {
+        arguments << QStringLiteral("mask=") + netmask(address.prefixLength)
+                  << QStringLiteral("skipassource=true");
+    }
+    return arguments;
+}
+
+// Empty when it went well, else what it says against it.
+QString runNetsh(const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(QStringLiteral("netsh"), arguments);
+    if (process.waitForFinished(longestWaitMs) && process.exitStatus() == QProcess::NormalExit
+        && process.exitCode() == 0)
+        return QString();
+    const QString reason = QString::fromLocal8Bit(process.readAll()).simplified();
+    return reason.isEmpty() ? process.errorString() : reason;
+}
+
+// A new address is of use once the system has seen, within seconds, that no other computer has it.
+QString awaitUse(const QHostAddress &ip)
+{
+    constexpr int longestCheckMs = 10000;
+    constexpr int pollMs = 50;
+    QElapsedTimer clock;
+    clock.start();
+    while (!QUdpSocket().bind(ip)) {
+        if (clock.hasExpired(longestCheckMs))
+            return QStringLiteral("it can't be used, another computer may have it");
+        QThread::msleep(pollMs);
+    }
+    return QString();
+}
+
 }
 
 bool HostAddresses::change(
     Change change, const QString &interface, const QVector<HostAddress> &addresses, QString *error)
 {
     const bool adding = change == Change::Add;
-    for (const HostAddress &address : addresses) {
-        QStringList arguments{QStringLiteral("interface"), QStringLiteral("ipv4"),
-            QLatin1String(adding ? "add" : "delete"), QStringLiteral("address"),
-            QStringLiteral("name=") + interface, QStringLiteral("address=") + address.ip.toString(),
-            QStringLiteral("store=active")};
-        if (adding) {
-            arguments << QStringLiteral("mask=") + netmask(address.prefixLength)
-                      << QStringLiteral("skipassource=true");
-        }
-        QProcess process;
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(QStringLiteral("netsh"), arguments);
-        if (process.waitForFinished(longestWaitMs) && process.exitStatus() == QProcess::NormalExit
-            && process.exitCode() == 0)
-            continue;
+    const auto complain = [&](const HostAddress &address, const QString &reason) {
         *error = QStringLiteral("can't %1 %2 on %3: %4")
                      .arg(QLatin1String(adding ? "add" : "remove"), address.ip.toString(),
-                         interface, QString::fromLocal8Bit(process.readAll()).simplified());
+                         interface, reason);
         return false;
+    };
+    for (const HostAddress &address : addresses) {
+        const QString reason = runNetsh(netshArguments(adding, interface, address));
+        if (!reason.isEmpty())
+            return complain(address, reason);
+    }
+    // After all of them: the system looks at them side by side.
+    for (const HostAddress &address : adding ? addresses : QVector<HostAddress>()) {
+        const QString reason = awaitUse(address.ip);
+        if (!reason.isEmpty())
+            return complain(address, reason);
     }
     return true;
 }

@@ -2,14 +2,20 @@
 
 #include <windows.h>
 
+#include <mutex>
+
 namespace {
 
 StopSignals *receiver = nullptr;
+std::mutex lifetime; // held for as long as the receiver lives
 
-// Runs on a thread of the system's own.
-BOOL WINAPI handle(DWORD)
+// Runs on a thread of the system's own. But for the two keys, the program is at its end when this
+// returns.
+BOOL WINAPI handle(DWORD event)
 {
     QMetaObject::invokeMethod(receiver, "raised", Qt::QueuedConnection);
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
+        std::lock_guard<std::mutex>{lifetime}; // until all is cleaned up
     return TRUE;
 }
 
@@ -17,11 +23,13 @@ BOOL WINAPI handle(DWORD)
 
 StopSignals::StopSignals(QObject *parent) : QObject(parent)
 {
+    lifetime.lock();
     receiver = this;
     SetConsoleCtrlHandler(handle, TRUE);
 }
 
 StopSignals::~StopSignals()
 {
+    lifetime.unlock();
     SetConsoleCtrlHandler(handle, FALSE);
 }

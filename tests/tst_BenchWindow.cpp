@@ -12,6 +12,7 @@
 #include "OperatorAnswers.h"
 #include "PreviewProbe.h"
 #include "SettingsFile.h"
+#include "VorlynDeviceIPInfoDialog.h"
 #include "VorlynDeviceMPToolWidget.h"
 #include "VorlynDevicesWidget.h"
 #include "VorlynSDK.h"
@@ -31,11 +32,14 @@
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QScopedPointer>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTextEdit>
 #include <QUrl>
 #include <QtTest>
+
+#include <functional>
 
 // The bench as a window: what its panels are told, what is out of reach when, its preview and the
 // file of its log. Three cameras answer; one of them has no stream.
@@ -55,10 +59,13 @@ private slots:
     void stopsTheNetwork();
     void geometry_data();
     void geometry();
+    void testTablesShowAllRows_data();
+    void testTablesShowAllRows();
     void tabsInBothLanguages();
     void selectionFeedsAllPanels();
     void noRow();
     void writesOfAllPanelsMeet();
+    void writesOfTheToolMeet();
     void p2pIdStaysAsParsed();
     void columnsOfARowKeepTheStream();
     void streamOfARow();
@@ -72,6 +79,7 @@ private slots:
     void searchAfterAnotherNetwork();
     void searchOfTheUpgradePage();
     void factoryTestShowsInTheTestTable();
+    void reportReachesTheFactoryTest();
     void viewOfTheSettings_data();
     void viewOfTheSettings();
     void viewIsChosen();
@@ -79,6 +87,7 @@ private slots:
     void logButtonGoesWithItsTab();
     void savesTheLog_data();
     void savesTheLog();
+    void savesTheKindOfLinesThatLookLikeHtml();
     void savesNothingUnasked();
     void logThatCannotBeSaved();
 
@@ -110,6 +119,7 @@ private:
     WindowHeaderWidget *header() const { return child<WindowHeaderWidget>("header"); }
     QVector<bool> reachableTabs() const;
     void startRun();
+    QString testState(int tab, int row) const;
     void tick(int row) const { table()->cellWidget(row, 0)->findChild<QCheckBox *>()->click(); }
     void setAddress(const QString &address);
     void setName(const QString &name);
@@ -144,7 +154,7 @@ void tst_BenchWindow::initTestCase()
         {"camera", 1}, {"rules", QJsonArray{QJsonObject{{"on", "GetSD"}, {"silent", true}}}}};
     // The last one obeys in words only, so that each test finds it as it was.
     QJsonArray inWords;
-    for (const char *write : {"SetIp", "SetName", "SetP2p"})
+    for (const char *write : {"SetIp", "SetMac", "SetName", "SetP2p"})
         inWords.append(QJsonObject{{"on", write}, {"apply", false}});
     const QJsonObject withoutStream = {
         {"camera", 3}, {"fields", QJsonObject{{"rtsppath1", ""}}}, {"rules", inWords}};
@@ -191,10 +201,10 @@ void tst_BenchWindow::startsOnTheSavedNetwork()
     window.reset();
     SettingsFile().write({{"search seconds", 1}, {"network name", "veth-b"}});
     window.reset(new BenchWindow);
-    QNetworkInterface interface;
+    QNetworkInterface network;
     QNetworkAddressEntry address;
-    VorlynSDK::instance()->currentNetwork(interface, address);
-    QCOMPARE(interface.humanReadableName(), QString("veth-b"));
+    VorlynSDK::instance()->currentNetwork(network, address);
+    QCOMPARE(network.humanReadableName(), QString("veth-b"));
     QCOMPARE(table()->rowCount(), 0); // no camera there
     for (int i = 0; i < tabCount; ++i)
         QVERIFY(!page(i)->device().isValid());
@@ -246,6 +256,33 @@ void tst_BenchWindow::geometry()
         QVERIFY2(page(i)->height() >= 380, qPrintable(QString::number(page(i)->height())));
         QVERIFY(page(i)->height() >= page(i)->minimumSizeHint().height());
         QVERIFY(page(i)->width() >= page(i)->minimumSizeHint().width());
+    }
+}
+
+void tst_BenchWindow::testTablesShowAllRows_data()
+{
+    QTest::addColumn<QString>("language");
+    QTest::newRow("English") << "en";
+    QTest::newRow("Chinese") << "cn";
+}
+
+// At the usual size, as the window is at first.
+void tst_BenchWindow::testTablesShowAllRows()
+{
+    QFETCH(QString, language);
+    QVERIFY(ZRLocalize::switchLanguage(language));
+    window->showNormal();
+    window->resize(1600, 900);
+    QTRY_COMPARE(window->size(), QSize(1600, 900));
+    for (int i : {1, 2}) {
+        tabs()->setCurrentIndex(i);
+        const auto *list = page(i)->findChild<QTableWidget *>("testTable");
+        QTRY_VERIFY(!list->verticalScrollBar()->isVisible());
+        QVERIFY(!list->horizontalScrollBar()->isVisible());
+        QCOMPARE(list->rowCount(), 16);
+        const QRect last = list->visualItemRect(list->item(15, 0));
+        QVERIFY(list->viewport()->rect().contains(last));
+        QVERIFY(last.height() >= list->fontMetrics().height());
     }
 }
 
@@ -340,6 +377,38 @@ void tst_BenchWindow::writesOfAllPanelsMeet()
     setName("three");
     QVERIFY(!record().checked);
     QVERIFY(devices()->device(0).checked);
+}
+
+// Without another tab in between: what one button has written, the next one does not undo.
+void tst_BenchWindow::writesOfTheToolMeet()
+{
+    devices()->setCurrentCell(2, 2);
+    const auto record = [this] { return devices()->device(2); };
+    const ModalDriver<VorlynDeviceIPInfoDialog> driver([](VorlynDeviceIPInfoDialog &dialog) {
+        dialog.findChild<QComboBox *>("modeComboBox")->setCurrentIndex(1);
+        dialog.findChild<QLineEdit *>("ipEdit")->setText("10.77.0.33");
+        QTest::mouseClick(dialog.findChild<QPushButton *>("setButton"), Qt::LeftButton);
+    });
+    QTest::mouseClick(tool()->findChild<QPushButton *>("ipSettingButton"), Qt::LeftButton);
+    QCOMPARE(record().ip(), QString("10.77.0.33"));
+    QCOMPARE(tool()->device().ip(), QString("10.77.0.33"));
+    QVERIFY(tool()->findChild<QLineEdit *>("ipValue")->text().startsWith("10.77.0.33("));
+
+    const auto write = [this](const char *edit, const char *text, const char *button) {
+        auto *field = tool()->findChild<QLineEdit *>(edit);
+        field->selectAll();
+        QTest::keyClicks(field, text);
+        QTest::mouseClick(tool()->findChild<QPushButton *>(button), Qt::LeftButton);
+    };
+    write("macEdit", "02:56:4C:00:00:33", "macSettingButton");
+    write("nameEdit", "third", "nameSettingButton");
+    QCOMPARE(record().mac(), QString("02:56:4C:00:00:33"));
+    QCOMPARE(record().name(), QString("third"));
+    QCOMPARE(record().ip(), QString("10.77.0.33"));
+    for (int i = 0; i < tabCount; ++i) {
+        QCOMPARE(page(i)->device().mac(), record().mac());
+        QCOMPARE(page(i)->device().name(), QString("third"));
+    }
 }
 
 // The table has the whole text of the file.
@@ -508,17 +577,68 @@ void tst_BenchWindow::searchOfTheUpgradePage()
     QCOMPARE(table()->rowCount(), 3);
 }
 
+// In the last column.
+QString tst_BenchWindow::testState(int tab, int row) const
+{
+    const auto *list = page(tab)->findChild<QTableWidget *>("testTable");
+    return dynamic_cast<CVWidget *>(list->cellWidget(row, list->columnCount() - 1))->text();
+}
+
 void tst_BenchWindow::factoryTestShowsInTheTestTable()
 {
-    const auto state = [this] {
-        const auto *list = page(1)->findChild<QTableWidget *>("testTable");
-        return dynamic_cast<CVWidget *>(list->cellWidget(0, 1))->text();
-    };
-    QCOMPARE(state(), QString("Not Tested"));
+    QCOMPARE(testState(1, 0), QString("Not Tested"));
     const ModalDriver<FactoryDialog> driver([](FactoryDialog &dialog) { dialog.accept(); });
     tabs()->setCurrentIndex(2);
     QTest::mouseClick(page(2)->findChild<QPushButton *>("openButton"), Qt::LeftButton);
-    QCOMPARE(state(), QString("Passed"));
+    QCOMPARE(testState(1, 0), QString("Passed"));
+}
+
+// From a camera over the wire to its dialog, and the operator's answer to the rows of both tables,
+// where it stays.
+void tst_BenchWindow::reportReachesTheFactoryTest()
+{
+    const int image = 0;
+    const int millimeterWave = 14;
+    auto *list = page(2)->findChild<QTableWidget *>("testTable");
+    const auto open = [&](int row, const std::function<void(FactoryDialog &)> &act) {
+        const ModalDriver<FactoryDialog> driver(act);
+        list->setCurrentCell(row, 0);
+        QTest::mouseClick(page(2)->findChild<QPushButton *>("openButton"), Qt::LeftButton);
+    };
+    const auto shows = [](const FactoryDialog &dialog, const QString &text) {
+        const auto *label = dialog.findChild<QLabel *>("statusLabel");
+        return QTest::qWaitFor([&] { return label->text() == text; }, 20000);
+    };
+    const auto report = [this](const char *camera, const char *keys) {
+        return fleet->order(QByteArray("report ") + camera + " {\"function\":" + keys + '}');
+    };
+    tabs()->setCurrentIndex(2);
+    open(millimeterWave, [&](FactoryDialog &dialog) {
+        auto *pass = dialog.findChild<QPushButton *>("passButton");
+        QCOMPARE(dialog.windowTitle(), QString("Millimeter Wave Test"));
+        QVERIFY(report("2", "\"millimeterwave\",\"status\":\"on\"")); // not on the bench
+        QVERIFY(report("1", "\"millimeterwave\",\"status\":\"gone\""));
+        QVERIFY(shows(dialog, "Detection Failed"));
+        QVERIFY(!pass->isEnabled());
+        QVERIFY(report("1", "\"millimeterwave\",\"status\":\"body\""));
+        QVERIFY(shows(dialog, "Person Detected"));
+        QVERIFY(pass->isEnabled());
+        QTRY_COMPARE(testState(1, millimeterWave), QString("Failed")); // of its own judgement
+        QTest::mouseClick(pass, Qt::LeftButton);
+    });
+    for (int tab : {1, 2})
+        QCOMPARE(testState(tab, millimeterWave), QString("Passed"));
+
+    open(image, [&](FactoryDialog &dialog) {
+        QVERIFY(report("1", "\"millimeterwave\",\"status\":\"gone\""));
+        QVERIFY(report("1", "\"image\""));
+        QVERIFY(shows(dialog, "Please test the microphone"));
+        dialog.reject();
+    });
+    for (int tab : {1, 2}) {
+        QCOMPARE(testState(tab, millimeterWave), QString("Passed"));
+        QCOMPARE(testState(tab, image), QString("Failed"));
+    }
 }
 
 void tst_BenchWindow::viewOfTheSettings_data()
@@ -628,6 +748,25 @@ void tst_BenchWindow::savesTheLog()
     QCOMPARE(read(folder.filePath(file)), contents);
 }
 
+// A failure stays one when the camera's version is HTML.
+void tst_BenchWindow::savesTheKindOfLinesThatLookLikeHtml()
+{
+    const QTemporaryDir folder;
+    VorlynDevice device = tool()->device();
+    device.setName("<i>bed</i>");
+    device.setValue("appVersion", "<b>2</b>.7");
+    tool()->setDevice(device);
+    tool()->manualTestStart();
+    tool()->autoTestAppVersion();
+    const ModalDriver<QFileDialog> driver(chooses(folder.filePath("a.csv")));
+    QTest::mouseClick(saveButton(), Qt::LeftButton);
+    const QList<QByteArray> lines = read(folder.filePath("a.csv")).split('\n');
+    QCOMPARE(lines.size(), 6); // headings, four lines, and the end
+    QVERIFY2(lines[1].startsWith("\"1\",\"Heading\","), lines[1]);
+    QCOMPARE(lines[2], QByteArray("\"2\",\"Information or Pass\",\"Name : bed\"\r"));
+    QVERIFY2(lines[4].startsWith("\"4\",\"Fail\",") && lines[4].endsWith(" 2\"\r"), lines[4]);
+}
+
 void tst_BenchWindow::savesNothingUnasked()
 {
     log()->append("line");
@@ -647,7 +786,7 @@ void tst_BenchWindow::logThatCannotBeSaved()
     bool asked = false;
     // The folder goes while the dialog is open.
     const ModalDriver<QFileDialog> first([&](QFileDialog &dialog) {
-        dialog.setDirectory(folder.filePath("gone"));
+        dialog.setDirectory(folder.path());
         QVERIFY(QDir(folder.path()).rmdir("gone"));
         dialog.findChild<QLineEdit *>("fileNameEdit")->setText(folder.filePath("gone/a.txt"));
         static_cast<QDialog &>(dialog).done(QDialog::Accepted);

@@ -1,14 +1,23 @@
 #include "MainWindow.h"
 
 #include "CVTableWidget.h"
+#include "FactoryDialog.h"
+#include "FactoryTestsPanel.h"
+#include "FirmwareUpgradePage.h"
 #include "FleetProcess.h"
 #include "HeaderDialogs.h"
+#include "HostProcess.h"
 #include "LogCatcher.h"
 #include "MediaButton.h"
 #include "ModalDriver.h"
+#include "NetworkSettingsPage.h"
 #include "PreviewProbe.h"
 #include "SettingsFile.h"
+#include "VorlynDeviceGenerationWidget.h"
 #include "VorlynDeviceIPToolWidget.h"
+#include "VorlynDeviceIpSettingsWidget.h"
+#include "VorlynDeviceMPToolWidget.h"
+#include "VorlynDeviceUpgradeDialog.h"
 #include "VorlynDevicesWidget.h"
 #include "VorlynSDK.h"
 #include "VorlynSearchDialog.h"
@@ -66,6 +75,7 @@ private slots:
     void focusGoesToThePanel();
     void keysAreLeftToOthers();
     void headerButtonsOpenTheirDialogs();
+    void hasNothingOfTheBench();
     void refusedNetworkKeepsAll();
     void networkWithoutSdk();
     void labelDialogsLeaveTheWindowAlone();
@@ -180,7 +190,7 @@ void tst_MainWindow::startsOnTheSavedNetwork()
 {
     QFETCH(QString, name);
     QFETCH(QString, ip);
-    QCOMPARE(QProcess::execute("ip", {"address", "replace", "10.89.0.1/24", "dev", "veth-b"}), 0);
+    QVERIFY(HostProcess::run("ip", {"address", "replace", "10.89.0.1/24", "dev", "veth-b"}));
     window.reset();
     SettingsFile().write({{"search seconds", 1}, {"network name", name}, {"network ip", ip}});
     window.reset(new MainWindow);
@@ -188,7 +198,7 @@ void tst_MainWindow::startsOnTheSavedNetwork()
     QNetworkInterface interface;
     QNetworkAddressEntry address;
     VorlynSDK::instance()->currentNetwork(interface, address);
-    QCOMPARE(QProcess::execute("ip", {"address", "del", "10.89.0.1/24", "dev", "veth-b"}), 0);
+    QVERIFY(HostProcess::run("ip", {"address", "del", "10.89.0.1/24", "dev", "veth-b"}));
     QCOMPARE(interface.humanReadableName(), name);
     QTEST(address.ip().toString(), "startedIp");
     QCOMPARE(table()->rowCount(), name == "veth-a" ? 4 : 0); // cameras answer on the first only
@@ -435,6 +445,35 @@ void tst_MainWindow::headerButtonsOpenTheirDialogs()
     opens<ZRScanCodePrinterDialog>(header()->scanCodeButton);
 }
 
+// Those widgets have a program of their own.
+void tst_MainWindow::hasNothingOfTheBench()
+{
+    const auto has = [this](const char *name) { return window->findChild<QWidget *>(name); };
+    for (const QWidget *widget : window->findChildren<QWidget *>()) {
+        const bool ofTheBench = dynamic_cast<const FactoryTestsPanel *>(widget)
+            || dynamic_cast<const FactoryDialog *>(widget)
+            || dynamic_cast<const FirmwareUpgradePage *>(widget)
+            || dynamic_cast<const NetworkSettingsPage *>(widget)
+            || dynamic_cast<const VorlynDeviceGenerationWidget *>(widget)
+            || dynamic_cast<const VorlynDeviceIpSettingsWidget *>(widget)
+            || dynamic_cast<const VorlynDeviceMPToolWidget *>(widget)
+            || dynamic_cast<const VorlynDeviceUpgradeDialog *>(widget)
+            || qobject_cast<const QTabWidget *>(widget);
+        QVERIFY2(!ofTheBench, widget->metaObject()->className());
+    }
+    for (const char *name : {"viewComboBox", "saveLogButton", "startTestButton", "testTable"})
+        QVERIFY2(!has(name), name);
+
+    QVector<MediaButton *> buttons;
+    for (QWidget *widget : header()->findChildren<QWidget *>()) {
+        if (auto *button = dynamic_cast<MediaButton *>(widget))
+            buttons.append(button);
+    }
+    QCOMPARE(buttons,
+        QVector<MediaButton *>({header()->networkButton, header()->searchButton,
+            header()->settingsButton, header()->printerButton, header()->scanCodeButton}));
+}
+
 void tst_MainWindow::refusedNetworkKeepsAll()
 {
     const int searches = fleet->requests("search").size();
@@ -492,8 +531,8 @@ void tst_MainWindow::stopsTheNetwork()
 void tst_MainWindow::withoutAnyInterface()
 {
     window.reset();
-    QVERIFY(QProcess::execute("ip", {"link", "set", "veth-a", "down"}) == 0);
-    QVERIFY(QProcess::execute("ip", {"link", "set", "veth-b", "down"}) == 0);
+    QVERIFY(HostProcess::run("ip", {"link", "set", "veth-a", "down"}));
+    QVERIFY(HostProcess::run("ip", {"link", "set", "veth-b", "down"}));
     QTRY_VERIFY(VorlynSDK::availableInterfaces().isEmpty());
     window.reset(new MainWindow);
     QCOMPARE(table()->rowCount(), 0);
@@ -504,8 +543,8 @@ void tst_MainWindow::withoutAnyInterface()
     QVERIFY(!interface.isValid());
     QVERIFY(address.ip().isNull());
     window.reset();
-    QVERIFY(QProcess::execute("ip", {"link", "set", "veth-a", "up"}) == 0);
-    QVERIFY(QProcess::execute("ip", {"link", "set", "veth-b", "up"}) == 0);
+    QVERIFY(HostProcess::run("ip", {"link", "set", "veth-a", "up"}));
+    QVERIFY(HostProcess::run("ip", {"link", "set", "veth-b", "up"}));
     QTRY_COMPARE(VorlynSDK::availableInterfaces().size(), 2);
 }
 

@@ -1,5 +1,6 @@
 #include "PostekPrinter.h"
 
+#include "LoadedLibrary.h"
 #include "LogCatcher.h"
 #include "SettingsFile.h"
 
@@ -9,8 +10,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QtTest>
-
-#include <dlfcn.h>
 
 // Prints through the library of a simulated label printer, which lies beside the test program.
 class tst_PostekLabels : public QObject
@@ -80,10 +79,7 @@ QStringList pictures()
 
 bool isLoaded()
 {
-    void *library = dlopen(qPrintable(libraryFile()), RTLD_NOW | RTLD_NOLOAD);
-    if (library)
-        dlclose(library);
-    return library;
+    return loadedLibrary(libraryFile());
 }
 
 bool print(const QString &code = "KVMR2G0001")
@@ -201,11 +197,8 @@ void tst_PostekLabels::failures()
     QVERIFY(print());
     QCOMPARE(pictures().size(), labels + 1);
     QCOMPARE(isLoaded(), left);
-    if (left) {
-        void *library = dlopen(qPrintable(libraryFile()), RTLD_NOW | RTLD_NOLOAD);
-        dlclose(library);
-        dlclose(library); // the reference that was left
-    }
+    if (left)
+        SharedLibrary::system().free(loadedLibrary(libraryFile())); // the reference that was left
     QVERIFY(!isLoaded());
 }
 

@@ -1,13 +1,12 @@
 #include "PostekLibrary.h"
 
+#include "LoadedLibrary.h"
 #include "LogCatcher.h"
 
 #include <QDir>
 #include <QtTest>
 
-#include <dlfcn.h>
-
-// SmallPrinterLibrary lies beside the test program as libWINPSK.so.
+// SmallPrinterLibrary lies beside the test program, under the name of the printer's library.
 class tst_PostekLibrary : public QObject
 {
     Q_OBJECT
@@ -70,30 +69,18 @@ const QStringList entryPoints = {"OpenPort", "SetPCComPort", "ClosePort", "PTK_G
 
 QString libraryFile()
 {
-    return QCoreApplication::applicationDirPath() + "/libWINPSK.so";
+    return QCoreApplication::applicationDirPath() + "/" WINPSK_FILE;
 }
-
-// Null when the library isn't loaded; holds it otherwise, until released.
-struct Loaded {
-    Loaded() : handle(dlopen(qPrintable(libraryFile()), RTLD_NOW | RTLD_NOLOAD)) { }
-    ~Loaded()
-    {
-        if (handle)
-            dlclose(handle);
-    }
-
-    void *handle;
-};
 
 bool isLoaded()
 {
-    return Loaded().handle;
+    return loadedLibrary(libraryFile());
 }
 
 QByteArray journal()
 {
-    const Loaded library;
-    const auto read = reinterpret_cast<const char *(*)()>(dlsym(library.handle, "printerJournal"));
+    const auto read = reinterpret_cast<const char *(*)()>(
+        SharedLibrary::system().symbol(loadedLibrary(libraryFile()), "printerJournal"));
     return read();
 }
 }
@@ -220,8 +207,7 @@ void tst_PostekLibrary::leftLoaded()
     library.unload();
     QVERIFY(isLoaded());
 
-    const Loaded left;
-    dlclose(left.handle); // that reference, for the other tests
+    SharedLibrary::system().free(loadedLibrary(libraryFile())); // it, for the other tests
 }
 
 void tst_PostekLibrary::missingLibrary()

@@ -1,9 +1,10 @@
 #include "PrintSpooler.h"
 
+#include "HostProcess.h"
 #include "PostekFakes.h"
+#include "TestNetwork.h"
 
 #include <QPrinterInfo>
-#include <QProcess>
 #include <QtTest>
 
 #include <limits>
@@ -43,7 +44,7 @@ QString wideName()
 
 bool control(const QString &command)
 {
-    return QProcess::execute(command, {queueName}) == 0;
+    return HostProcess::run(command, {queueName});
 }
 }
 Q_DECLARE_METATYPE(Resolution)
@@ -172,6 +173,7 @@ void tst_PrintSpooler::systemDoesNotFindAsciiNames()
     QCOMPARE(dotSize, before);
 }
 
+// The queue has two resolutions, the first of which is set.
 void tst_PrintSpooler::systemFindsNamesOfWideLetters()
 {
     const QPrinterInfo queue = QPrinterInfo::printerInfo(queueName);
@@ -179,17 +181,19 @@ void tst_PrintSpooler::systemFindsNamesOfWideLetters()
     QCOMPARE(queue.supportedResolutions().size(), 2);
     double dotSize = before;
     QCOMPARE(getPrinterStatus(wideName(), &dotSize), 0);
-    QCOMPARE(dotSize, 0.85);
+    QCOMPARE(dotSize, SET_DOT_SIZE);
 }
 
 void tst_PrintSpooler::stoppedQueueIsOffline()
 {
+    if (TestNetwork::inWine())
+        QSKIP("Wine doesn't tell which queues are stopped");
     double dotSize = before;
     QVERIFY(control("cupsdisable"));
     const int stopped = getPrinterStatus(wideName(), &dotSize);
     QVERIFY(control("cupsenable"));
     QCOMPARE(stopped, 1);
-    QCOMPARE(dotSize, 0.85);
+    QCOMPARE(dotSize, SET_DOT_SIZE);
     QCOMPARE(getPrinterStatus(wideName(), &dotSize), 0);
 }
 

@@ -17,11 +17,12 @@ await() {
     exit 3
 }
 
-# enter_network SCRIPT ARGUMENT...: runs the script again in a network namespace of its own, once.
+# enter_network SCRIPT ARGUMENT...: runs the script again in a network namespace of its own, once. Its
+# mounts are its own too, for tests with folders that can't be written.
 enter_network() {
     if [ -z "${VORLYN_IN_NETWORK:-}" ]; then
         export VORLYN_IN_NETWORK=1
-        exec unshare -rn "$@"
+        exec unshare -rnm "$@"
     fi
 }
 

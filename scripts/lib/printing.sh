@@ -81,10 +81,31 @@ add_queue() { # NAME FOLDER OPTION...
     }
 }
 
+# The tests' strips, of which Wine prints only those that the printer names.
+strip_sizes="44x20 44x21 44x30 44x80 47x10 87x30 130x30 161x30" # millimetres
+
+label_ppd() { # PPD SIZE...: prints it with these sizes beside its own
+    local ppd=$1
+    shift
+    awk -v sizes="$*" '
+        function points(mm) { return int(mm * 72 / 25.4 + 0.5) }
+        { print }
+        /40 x 30 mm/ {
+            count = split(sizes, size, " ")
+            for (i = 1; i <= count; i++) {
+                split(size[i], side, "x")
+                line = $0
+                sub(/w113h85/, "w" points(side[1]) "h" points(side[2]), line)
+                sub(/40 x 30/, side[1] " x " side[2], line)
+                sub(/113.4 85.0/, points(side[1]) " " points(side[2]), line)
+                print line
+            }
+        }' "$ppd"
+}
+
 make_printing() { # FOLDER: sets CUPS_SERVER, VORLYN_TEST_PRINT_FOLDER and $printing_pid
-    local user label
+    local user label=$1/label.ppd
     export PATH=$PATH:/usr/sbin # where not everybody looks for cupsd, lpadmin and cupsdisable
-    label=$(dirname "${BASH_SOURCE[0]}")/label.ppd
     user=$(id -un)
     [ "$user" != root ] || user="lp"
     mkdir -p "$1"/{etc/ppd,spool/tmp,cache,state,log,out}
@@ -99,6 +120,7 @@ make_printing() { # FOLDER: sets CUPS_SERVER, VORLYN_TEST_PRINT_FOLDER and $prin
     printing_pid=$!
     export CUPS_SERVER=$1/socket VORLYN_TEST_PRINT_FOLDER=$1/out
     await print_server
+    label_ppd "$(dirname "${BASH_SOURCE[0]}")/label.ppd" ${wine:+$strip_sizes} >"$label"
     sed 's/HWMargins: 0 0 0 0/HWMargins: 9 9 9 9/' "$label" >"$1/edge.ppd"
     add_queue LABEL-300 "$1" -P "$label"
     add_queue EDGE-BENCH "$1" -P "$1/edge.ppd"

@@ -93,6 +93,8 @@ void VorlynDevicesWidget::setUpColumns()
     tableWidget_->setColumnCount(columnCount);
     tableWidget_->setHorizontalHeaderLabels(headers);
     tableWidget_->verticalHeader()->hide();
+    // Else a font with wide letters widens the narrow columns.
+    tableWidget_->horizontalHeader()->setMinimumSectionSize(columns[0].width);
     for (int i = 0; i < columnCount; ++i)
         tableWidget_->setColumnWidth(i, columns[i].width);
 }

@@ -10,20 +10,28 @@
 
 namespace MulticastSocket {
 
+// What is no address becomes one that no interface has. inet_addr() would make of an empty text
+// the address that stands for all interfaces.
+static in_addr addressOf(const char *text)
+{
+    in_addr result = {};
+    if (inet_pton(AF_INET, text, &result) != 1)
+        result.s_addr = INADDR_NONE;
+    return result;
+}
+
 static sockaddr_in endpoint(const char *address, unsigned short port)
 {
     sockaddr_in result = {};
     result.sin_family = AF_INET;
-    result.sin_addr.s_addr = inet_addr(address);
+    result.sin_addr = addressOf(address);
     result.sin_port = htons(port);
     return result;
 }
 
 static int setMembership(int socket, int option, const char *local)
 {
-    ip_mreq request = {};
-    request.imr_multiaddr.s_addr = inet_addr(VorlynProtocol::group);
-    request.imr_interface.s_addr = inet_addr(local);
+    const ip_mreq request = {addressOf(VorlynProtocol::group), addressOf(local)};
     return setsockopt(
         socket, IPPROTO_IP, option, reinterpret_cast<const char *>(&request), sizeof request);
 }

@@ -1,5 +1,7 @@
 #include "ZRThread.h"
 
+#include "ThreadName.h"
+
 #include <QDateTime>
 #include <QMutex>
 #include <QString>
@@ -13,7 +15,12 @@ public:
     explicit ZRThreadPrivate(ZRThread *owner) : owner(owner) { }
     ~ZRThreadPrivate() override = default;
 
-    void run() override { owner->run(); }
+    void run() override
+    {
+        if (!objectName().isEmpty())
+            ThreadName::set(objectName());
+        owner->run();
+    }
 
     ZRThread *owner;
     QString name;

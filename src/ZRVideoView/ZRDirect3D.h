@@ -1,9 +1,10 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QWidget>
+
+#include <functional>
 
 class QRect;
-class QWidget;
 struct ZRVideoColours;
 
 // What a video view needs of Direct3D 9 and nothing more, operation for operation.
@@ -143,6 +144,13 @@ class ZRDirect3DModule
 public:
     virtual ~ZRDirect3DModule() = default;
 
+    // The child of a view that is presented into. Where its system forgets what it shows, it calls
+    // `redraw`, which is false when there is no picture.
+    virtual QWidget *createDisplay(QWidget *view, std::function<bool()> redraw)
+    {
+        Q_UNUSED(redraw)
+        return new QWidget(view);
+    }
     virtual ZRDirect3DWindow windowHandle(QWidget *widget) = 0;
     // Direct3DCreate9. Null: there is none.
     virtual ZRDirect3D *create(unsigned sdkVersion) = 0;

@@ -1,7 +1,7 @@
 #include "ZRDirect3D.h"
 
+#include <QEvent>
 #include <QRect>
-#include <QWidget>
 
 #include <d3d9.h>
 
@@ -261,10 +261,66 @@ public:
     }
 };
 
+// Has its window to itself once that is presented into: Qt's own painting, done in memory and
+// copied to the window, would cover the picture each time.
+class Display : public QWidget
+{
+public:
+    Display(QWidget *view, std::function<bool()> redraw) : QWidget(view), redraw(std::move(redraw))
+    { }
+
+    ZRDirect3DWindow presentedWindow()
+    {
+        parent()->installEventFilter(this);
+        for (const auto attribute :
+            {Qt::WA_PaintOnScreen, Qt::WA_NoSystemBackground, Qt::WA_OpaquePaintEvent}) {
+            setAttribute(attribute);
+        }
+        return winId();
+    }
+
+    // None: nothing but Direct3D paints here, and only then is WA_PaintOnScreen accepted.
+    QPaintEngine *paintEngine() const override { return nullptr; }
+
+    // A repaint of the view leaves out what has its window to itself.
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            update();
+        }
+        return QWidget::eventFilter(watched, event);
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        if (!internalWinId() || redraw()) {
+            return;
+        }
+        const HWND window = reinterpret_cast<HWND>(internalWinId());
+        const HDC context = GetDC(window);
+        RECT whole;
+        GetClientRect(window, &whole);
+        FillRect(context, &whole, static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH)));
+        ReleaseDC(window, context);
+    }
+
+private:
+    const std::function<bool()> redraw;
+};
+
 class Direct3DModule : public ZRDirect3DModule
 {
 public:
-    ZRDirect3DWindow windowHandle(QWidget *widget) override { return widget->winId(); }
+    QWidget *createDisplay(QWidget *view, std::function<bool()> redraw) override
+    {
+        return new Display(view, std::move(redraw));
+    }
+
+    ZRDirect3DWindow windowHandle(QWidget *widget) override
+    {
+        return static_cast<Display *>(widget)->presentedWindow();
+    }
 
     ZRDirect3D *create(unsigned sdkVersion) override
     {

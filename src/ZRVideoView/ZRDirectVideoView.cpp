@@ -19,6 +19,7 @@ namespace {
 
 // The number by which FFmpeg knows DXVA2 surfaces in the generation used.
 constexpr int hardwareFormat = 51;
+static_assert(hardwareFormat == AV_PIX_FMT_DXVA2_VLD);
 
 bool isSoftwareFormat(int format)
 {
@@ -50,7 +51,7 @@ template <class Object> void releaseObject(Object *&object)
 
 ZRDirectVideoView::ZRDirectVideoView(QWidget *parent, ZRDirect3DModule &module) :
     QWidget(parent),
-    displayWidget(new QWidget(this)),
+    displayWidget(module.createDisplay(this, [this] { return redraw(); })),
     mutex(new QMutex(QMutex::NonRecursive)),
     frame(av_frame_alloc()),
     module(module)
@@ -61,6 +62,7 @@ ZRDirectVideoView::ZRDirectVideoView(QWidget *parent, ZRDirect3DModule &module) 
 ZRDirectVideoView::~ZRDirectVideoView()
 {
     releaseDirect3D();
+    delete displayWidget; // which asks for the frame as long as it lives
     av_frame_free(&frame);
     delete mutex;
 }
@@ -97,9 +99,28 @@ void ZRDirectVideoView::notifyUpdate()
     draw();
 }
 
+// What the display has lost. False when there is no picture for it.
+bool ZRDirectVideoView::redraw()
+{
+    if (!mutex->tryLock()) {
+        return true; // whoever holds it draws next
+    }
+    const bool drawable = holdsPicture() && frame->format == format && (surface || swapChain);
+    if (drawable) {
+        draw();
+    }
+    mutex->unlock();
+    return drawable;
+}
+
+bool ZRDirectVideoView::holdsPicture() const
+{
+    return frame->width >= 1 && frame->height >= 1;
+}
+
 void ZRDirectVideoView::draw()
 {
-    if (frame->width < 1 || frame->height < 1) { // or none held
+    if (!holdsPicture()) {
         drawBlack();
         return;
     }

@@ -44,6 +44,8 @@ protected:
     AVFrame *frame; // owned
 
 private:
+    bool redraw();
+    bool holdsPicture() const;
     void draw();
     void drawBlack();
     void rebuild();

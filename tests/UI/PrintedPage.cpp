@@ -1,9 +1,9 @@
 #include "PrintedPage.h"
 
+#include "HostProcess.h"
+
 #include <QFileInfo>
-#include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <cmath>
@@ -17,14 +17,12 @@ constexpr int spreadDots = 5; // closes the gaps between modules and no light mo
 
 QByteArray outputOf(const QString &program, const QStringList &arguments)
 {
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForFinished(60000) || process.exitCode() != 0) {
-        qWarning("%s: %s %s", qPrintable(program), qPrintable(process.errorString()),
-            process.readAllStandardError().constData());
+    HostProcess process;
+    if (!process.start(program, arguments) || !process.waitForSuccess(60000)) {
+        qWarning("%s failed: %s", qPrintable(program), process.errors().constData());
         return QByteArray();
     }
-    return process.readAllStandardOutput();
+    return process.readAll();
 }
 
 // How many modules of a code's surroundings are read with it.
@@ -57,11 +55,17 @@ QStringList printJobs()
 }
 
 PrintedPage::PrintedPage(const QString &job) :
-    pdf(QStringLiteral("%1/%2.pdf")
-            .arg(qEnvironmentVariable("VORLYN_TEST_PRINT_FOLDER"), job.section('-', -1)))
+    file(QStringLiteral("%1/%2.pdf")
+             .arg(qEnvironmentVariable("VORLYN_TEST_PRINT_FOLDER"), job.section('-', -1))),
+    pdf(file)
 {
-    if (!QTest::qWaitFor([this] { return QFileInfo::exists(pdf); }, 60000))
+    if (!QTest::qWaitFor([this] { return QFileInfo::exists(file); }, 60000))
         qWarning("%s isn't printed", qPrintable(job));
+    QFile page(file);
+    if (page.open(QIODevice::ReadOnly) && page.peek(4) == "%!PS") {
+        pdf = HostProcess::path(folder.filePath("page.pdf"));
+        outputOf("ps2pdf", {file, pdf});
+    }
 }
 
 QString PrintedPage::info(const QString &key) const
@@ -74,7 +78,7 @@ QString PrintedPage::info(const QString &key) const
 
 qint64 PrintedPage::bytes() const
 {
-    return QFileInfo(pdf).size();
+    return QFileInfo(file).size();
 }
 
 int PrintedPage::pageCount() const
@@ -97,9 +101,9 @@ QVector<QRectF> PrintedPage::rects() const
 {
     const QString drawn = svg();
     const QString number = QStringLiteral("(-?[0-9.]+)");
-    const QRegularExpression path(
-        QStringLiteral("fill-rule:evenodd;[^>]* d=\"M %1 %1 L %1 %1 L %1 %1 L %1 %1 Z")
-            .arg(number));
+    const QRegularExpression path(QStringLiteral(
+        "fill-rule:evenodd;[^>]* d=\"M %1 %1 L %1 %1 L %1 %1 L %1 %1 (Z|L %1 %1 ?\")")
+                                      .arg(number));
     QVector<QRectF> rects;
     for (auto matches = path.globalMatch(drawn); matches.hasNext();) {
         const QRegularExpressionMatch match = matches.next();
@@ -131,9 +135,8 @@ QString PrintedPage::writing() const
 QByteArray PrintedPage::scan(
     double cell, const QStringList &convertOptions, const QStringList &scanOptions) const
 {
-    const QTemporaryDir folder;
-    const QString page = folder.filePath("page");
-    const QString print = folder.filePath("print.png");
+    const QString page = HostProcess::path(folder.filePath("page"));
+    const QString print = HostProcess::path(folder.filePath("print.png"));
     outputOf("pdftoppm",
         {"-r", QString::number(resolutionFor(cell)), "-gray", "-png", "-singlefile", pdf, page});
     outputOf("convert",

@@ -3,6 +3,7 @@
 #include <QRectF>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
 #include <QVector>
 
 // Pages that came out of the test's print server, as independent programs read them: lpstat,
@@ -40,5 +41,7 @@ private:
     QByteArray scan(
         double cell, const QStringList &convertOptions, const QStringList &scanOptions) const;
 
+    QString file; // as it came out
     QString pdf;
+    QTemporaryDir folder;
 };

@@ -32,6 +32,7 @@ void tst_QCheckBoxHeaderWidget::init()
 {
     table.reset(new QTableWidget);
     header = new QCheckBoxHeaderWidget(table.data());
+    header->setMinimumSectionSize(10); // whatever the font
     table->setHorizontalHeader(header);
     table->setColumnCount(3);
     table->resize(500, 200);

@@ -1,5 +1,6 @@
 #include "CameraBench.h"
 #include "Devices.h"
+#include "FileChoice.h"
 #include "ModalDriver.h"
 #include "PrintedPage.h"
 #include "SettingsFile.h"
@@ -48,11 +49,7 @@ void tst_QRLabelFromFile::idOfTheFileIsOnTheLabel()
     file.write("key=1\r\nDID = ABC123");
     file.close();
     {
-        ModalDriver<QFileDialog> choice([&](QFileDialog &dialog) {
-            dialog.setDirectory(folder.path());
-            dialog.selectFile("id.txt");
-            static_cast<QDialog &>(dialog).accept();
-        });
+        ModalDriver<QFileDialog> choice(chooses(file.fileName()));
         QJsonObject request;
         ModalDriver<VorlynDeviceP2PSettingsDialog> camera(
             [&](VorlynDeviceP2PSettingsDialog &) { request = bench.answerNext("success"); });

@@ -2,6 +2,7 @@
 #include "LogCatcher.h"
 #include "ModalDriver.h"
 #include "PrintedPage.h"
+#include "PrintersHere.h"
 #include "SettingsFile.h"
 #include "VorlynDeviceMPToolWidget.h"
 #include "ZRLabel.h"
@@ -368,7 +369,7 @@ void tst_QRLabelPrinting::logsInOrder()
     QVERIFY2(first.match(firstLine).hasMatch(), qPrintable(firstLine));
     QCOMPARE(lines,
         QStringList({
-            "rect Millimeter = (0.000000, 0.000000, 87.000000, 30.000000)",
+            lineOf("rect Millimeter", QRectF(QPointF(), PrintersHere::paperOf({87, 30}))),
             "rect Point = (0.000000, 0.000000, 247.000000, 85.000000)",
             lineOf("rect Inch", printer.paperRect(QPrinter::Inch)),
             lineOf("rect Pica", printer.paperRect(QPrinter::Pica)),
@@ -457,6 +458,8 @@ void tst_QRLabelPrinting::pageHasTheSizeOfTheStrip()
     QFETCH(QString, printer);
     QFETCH(QVariantMap, changes);
     QFETCH(QSize, millimetres);
+    if (printer == "RAW-BENCH" && !PrintersHere::sizesAreFree)
+        QSKIP("The driver prints on the largest page where a printer tells no sizes");
     settings.write(with({{"printer name", printer}}, with(changes)));
     const QStringList jobs = print();
     QCOMPARE(jobs.size(), 1);
@@ -494,8 +497,8 @@ void tst_QRLabelPrinting::modulesLieWhereTheyShould()
     QFETCH(QString, text);
     QFETCH(QVector<QRect>, labels);
     QFETCH(double, scale);
-    // A printer that takes the page as it is.
-    settings.write(with({{"printer name", "RAW-BENCH"}, {"label column", labels.size()}}));
+    settings.write(
+        with({{"printer name", PrintersHere::plainQueue}, {"label column", labels.size()}}));
     setId(text);
     const QStringList jobs = print();
     QCOMPARE(jobs.size(), 1);
@@ -507,7 +510,7 @@ void tst_QRLabelPrinting::modulesLieWhereTheyShould()
     const QVector<QRectF> rects = PrintedPage(jobs.first()).rects();
     QCOMPARE(rects.size(), modules.size());
     for (int i = 0; i < rects.size(); ++i) {
-        QVERIFY2(isNear(rects[i], modules[i], 0.02),
+        QVERIFY2(isNear(rects[i], modules[i], PrintersHere::accuracy),
             qPrintable(lineOf("printed", rects[i]) + lineOf(", expected", modules[i])));
     }
 }
@@ -550,7 +553,7 @@ void tst_QRLabelPrinting::lowCodeSitsOnTheEdge()
     QFETCH(double, millimetres);
     QFETCH(int, pixels);
     QFETCH(int, top);
-    settings.write(with({{"printer name", "RAW-BENCH"}, {"label column", 1},
+    settings.write(with({{"printer name", PrintersHere::plainQueue}, {"label column", 1},
         {"label height", millimetres}, {"label padding top", 0.0}}));
     LogCatcher log;
     const QStringList jobs = print();
@@ -558,8 +561,8 @@ void tst_QRLabelPrinting::lowCodeSitsOnTheEdge()
     QCOMPARE(int(rectOf(log.beginning(labelLine).value(0)).height()), pixels);
     const QVector<QRectF> rects = PrintedPage(jobs.first()).rects();
     QVERIFY(!rects.isEmpty());
-    QVERIFY2(
-        qAbs(rects.first().top() - top) < 0.02, qPrintable(QString::number(rects.first().top())));
+    QVERIFY2(qAbs(rects.first().top() - top) < PrintersHere::accuracy,
+        qPrintable(QString::number(rects.first().top())));
 }
 
 void tst_QRLabelPrinting::codesCanBeRead_data()
@@ -589,13 +592,15 @@ void tst_QRLabelPrinting::codesCanBeRead()
     QFETCH(QVariantMap, changes);
     QFETCH(QSize, page);
     const QVariantMap strip = with(changes);
+    const double cell = page.height() * 0.7 / encodedCode(text)->width;
+    if (cell < 4 * PrintersHere::accuracy)
+        QSKIP("The driver's dots are too coarse for modules so small");
     settings.write(strip);
     setId(text);
     const QStringList jobs = print();
     QCOMPARE(jobs.size(), 1);
     const PrintedPage printed(jobs.first());
     const int columns = strip["label column"].toInt();
-    const double cell = page.height() * 0.7 / encodedCode(text)->width;
     for (int column = 0; column < columns; ++column)
         QCOMPARE(printed.read(squareOf(strip, column, page), cell), text);
     QCOMPARE(printed.codeCount(cell), columns);

@@ -1,5 +1,6 @@
 #include "CameraBench.h"
 #include "Devices.h"
+#include "FileChoice.h"
 #include "ModalDriver.h"
 #include "Painting.h"
 #include "UploadSink.h"
@@ -38,6 +39,7 @@ private slots:
     void setsTheName_data();
     void setsTheName();
     void opensTheAddressForm();
+    void upgrades_data();
     void upgrades();
     void upgradeIsNotChosen();
     void restores();
@@ -278,29 +280,35 @@ void tst_VorlynDeviceIPToolWidget::opensTheAddressForm()
     QCOMPARE(textOf("ipValueLabel"), QString("10.77.0.11()")); // until another row is chosen
 }
 
+void tst_VorlynDeviceIPToolWidget::upgrades_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("plain") << "image.bin";
+    QTest::newRow("Chinese") << QString::fromUtf8("固件 2.5.1.bin");
+}
+
 void tst_VorlynDeviceIPToolWidget::upgrades()
 {
+    QFETCH(QString, name);
     UploadSink sink;
     VorlynDevice device = table->device(1);
     device.setIp("127.0.0.1");
     device.setValue("httpport", QString::number(sink.serverPort()));
     panel->setDevice(device);
     QTemporaryDir folder;
-    QFile file(folder.filePath("image.bin"));
+    QFile file(folder.filePath(name));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("firmware");
     file.close();
 
     ModalDriver<QFileDialog> files([&](QFileDialog &dialog) {
         QCOMPARE(dialog.fileMode(), QFileDialog::ExistingFile);
-        dialog.setDirectory(folder.path());
-        dialog.selectFile("image.bin");
-        static_cast<QDialog &>(dialog).accept();
+        chooses(file.fileName())(dialog);
     });
     click("upgradeButton");
     QCOMPARE(sink.uploads.size(), 1);
     QVERIFY(sink.uploads[0].startsWith("POST /update.cgi"));
-    QVERIFY(sink.uploads[0].contains("filename=\"image.bin\""));
+    QVERIFY(sink.uploads[0].contains("filename=\"" + name.toUtf8() + '"'));
     QVERIFY(sink.uploads[0].contains("firmware"));
 }
 

@@ -1,5 +1,6 @@
 #include "CameraBench.h"
 #include "Devices.h"
+#include "FileChoice.h"
 #include "LogCatcher.h"
 #include "ModalDriver.h"
 #include "UploadSink.h"
@@ -37,8 +38,7 @@ public:
         driver([path, lost](QFileDialog &dialog) {
             QCOMPARE(dialog.fileMode(), QFileDialog::ExistingFile);
             QVERIFY(!dialog.parentWidget());
-            dialog.setDirectory(QFileInfo(path).path());
-            dialog.selectFile(QFileInfo(path).fileName());
+            typeFile(dialog, path);
             QCOMPARE(dialog.selectedFiles(), QStringList(path));
             static_cast<QDialog &>(dialog).accept();
             if (lost)

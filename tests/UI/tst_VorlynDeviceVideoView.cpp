@@ -140,7 +140,7 @@ void tst_VorlynDeviceVideoView::init()
 void tst_VorlynDeviceVideoView::cleanup()
 {
     panel.reset();
-    QTRY_COMPARE(Process::threads("ZRPlayer"), QByteArrayList());
+    QTRY_COMPARE(ThisProcess::threadNames("ZRPlayer"), QByteArrayList());
 }
 
 void tst_VorlynDeviceVideoView::show()
@@ -738,7 +738,7 @@ void tst_VorlynDeviceVideoView::destroyedWhilePlaying()
         onAnotherThread([this] { notify(4, 9); });
     }
     panel.reset();
-    QTRY_COMPARE(Process::threads("ZRPlayer"), QByteArrayList());
+    QTRY_COMPARE(ThisProcess::threadNames("ZRPlayer"), QByteArrayList());
     QTRY_COMPARE_WITH_TIMEOUT(peer.connections(), 0, patience);
 }
 

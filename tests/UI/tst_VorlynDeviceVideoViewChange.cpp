@@ -80,7 +80,7 @@ void tst_VorlynDeviceVideoViewChange::cleanup()
 {
     keepGraphicsDriver();
     panel.reset();
-    QTRY_COMPARE(Process::threads("ZRPlayer"), QByteArrayList());
+    QTRY_COMPARE(ThisProcess::threadNames("ZRPlayer"), QByteArrayList());
 }
 
 void tst_VorlynDeviceVideoViewChange::takesThePlace()

@@ -1,14 +1,11 @@
 #include "CameraPeer.h"
 #include "MulticastSocket.h"
+#include "SocketFacts.h"
+#include "TestNetwork.h"
 #include "VorlynProtocol.h"
 
 #include <QScopeGuard>
 #include <QtTest>
-
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 
 #include <cerrno>
 #include <future>
@@ -16,6 +13,7 @@
 using namespace VorlynProtocol;
 
 static constexpr char local[] = "10.77.0.1";
+static const int endOfReceiving = SocketFacts::wakeCloses ? -1 : 0;
 
 class tst_MulticastSocket : public QObject
 {
@@ -32,31 +30,17 @@ private slots:
     void wakeEndsALaterReceive();
     void leaveEndsTheTraffic();
     void failures();
+    void absentAddress();
 
 private:
     int receiver;
     int sender;
+    bool wasWoken; // the receiver
 };
-
-template <typename Value> static Value option(int socket, int level, int name)
-{
-    Value value = {};
-    socklen_t size = sizeof value;
-    getsockopt(socket, level, name, &value, &size);
-    return value;
-}
-
-static QByteArray boundTo(int socket)
-{
-    sockaddr_in name = {};
-    socklen_t size = sizeof name;
-    getsockname(socket, reinterpret_cast<sockaddr *>(&name), &size);
-    const bool own = ntohs(name.sin_port) == replyPort;
-    return QByteArray(inet_ntoa(name.sin_addr)) + (own ? ":5999" : ":other");
-}
 
 void tst_MulticastSocket::init()
 {
+    wasWoken = false;
     receiver = MulticastSocket::open();
     sender = MulticastSocket::open();
     QVERIFY(receiver > 0 && sender > 0);
@@ -70,34 +54,28 @@ void tst_MulticastSocket::init()
 
 void tst_MulticastSocket::cleanup()
 {
-    MulticastSocket::close(receiver);
+    if (!wasWoken)
+        MulticastSocket::close(receiver);
+    else
+        MulticastSocket::release(receiver);
+    MulticastSocket::wake(sender);
     MulticastSocket::release(sender);
-    QCOMPARE(fcntl(receiver, F_GETFD), -1);
-    QCOMPARE(fcntl(sender, F_GETFD), -1);
+    QVERIFY(!SocketFacts::isOpen(receiver));
+    QVERIFY(!SocketFacts::isOpen(sender));
 }
 
 void tst_MulticastSocket::boundAddresses()
 {
-    QCOMPARE(boundTo(receiver), QByteArray("239.255.255.250:5999"));
-    QCOMPARE(boundTo(sender), QByteArray("10.77.0.1:other"));
+    QCOMPARE(SocketFacts::boundAddress(receiver), SocketFacts::receiverAddress(local));
+    QCOMPARE(SocketFacts::boundPort(receiver), replyPort);
+    QCOMPARE(SocketFacts::boundAddress(sender), QByteArray(local));
+    QVERIFY(SocketFacts::boundPort(sender) != replyPort);
 }
 
 void tst_MulticastSocket::options()
 {
-    for (const int socket : {receiver, sender}) {
-        QCOMPARE(option<int>(socket, IPPROTO_IP, IP_MULTICAST_ALL), 0);
-        QCOMPARE(option<int>(socket, SOL_SOCKET, SO_REUSEADDR), 0);
-        const auto sendTimeout = option<timeval>(socket, SOL_SOCKET, SO_SNDTIMEO);
-        QCOMPARE(int(sendTimeout.tv_sec), 1);
-        QCOMPARE(int(sendTimeout.tv_usec), 0);
-        const auto receiveTimeout = option<timeval>(socket, SOL_SOCKET, SO_RCVTIMEO);
-        QCOMPARE(int(receiveTimeout.tv_sec), 0);
-        QCOMPARE(int(receiveTimeout.tv_usec), 0);
-        QVERIFY(fcntl(socket, F_GETFD) & FD_CLOEXEC);
-        // Left as the system has them.
-        QCOMPARE(option<int>(socket, IPPROTO_IP, IP_MULTICAST_TTL), 1);
-        QCOMPARE(option<int>(socket, IPPROTO_IP, IP_MULTICAST_LOOP), 1);
-    }
+    for (const int socket : {receiver, sender})
+        QCOMPARE(SocketFacts::options(socket), SocketFacts::optionsOfMembers());
 }
 
 void tst_MulticastSocket::sendsThroughTheInterface()
@@ -107,7 +85,7 @@ void tst_MulticastSocket::sendsThroughTheInterface()
     QCOMPARE(MulticastSocket::send(sender, local, "text", 4), 4);
     QCOMPARE(errno, 0);
     QCOMPARE(camera.receive(), QByteArray("text"));
-    QCOMPARE(option<in_addr>(sender, IPPROTO_IP, IP_MULTICAST_IF).s_addr, inet_addr(local));
+    QCOMPARE(SocketFacts::wayOut(sender), QByteArray(local));
 }
 
 void tst_MulticastSocket::receives()
@@ -119,7 +97,8 @@ void tst_MulticastSocket::receives()
     QCOMPARE(QByteArray(buffer), QByteArray("text"));
 
     QVERIFY(camera.send("longer than the buffer"));
-    QCOMPARE(MulticastSocket::receive(receiver, local, buffer, sizeof buffer), 8);
+    QCOMPARE(MulticastSocket::receive(receiver, local, buffer, sizeof buffer),
+        SocketFacts::cutsDatagrams ? 8 : -1);
 
     errno = EBADF;
     QVERIFY(camera.send(""));
@@ -135,25 +114,29 @@ void tst_MulticastSocket::wakeEndsABlockedReceive()
     });
     // Longer than the membership is left unlooked at.
     QCOMPARE(received.wait_for(std::chrono::milliseconds(1500)), std::future_status::timeout);
+    wasWoken = true;
     MulticastSocket::wake(receiver);
     QCOMPARE(received.wait_for(std::chrono::milliseconds(500)), std::future_status::ready);
-    QCOMPARE(received.get(), 0);
+    QCOMPARE(received.get(), endOfReceiving);
 }
 
 void tst_MulticastSocket::wakeEndsALaterReceive()
 {
+    wasWoken = true;
     MulticastSocket::wake(receiver);
     char byte = 0;
     errno = EBADF;
-    QCOMPARE(MulticastSocket::receive(receiver, local, &byte, 1), 0);
+    QCOMPARE(MulticastSocket::receive(receiver, local, &byte, 1), endOfReceiving);
     QCOMPARE(errno, 0);
 }
 
+// Wine lets in what another socket has joined, here the sender. Windows doesn't.
 void tst_MulticastSocket::leaveEndsTheTraffic()
 {
     CameraPeer camera("10.77.0.2");
     QCOMPARE(MulticastSocket::leave(receiver, local), 0);
-    QVERIFY(camera.send("unheard"));
+    if (!TestNetwork::inWine())
+        QVERIFY(camera.send("unheard"));
     QCOMPARE(MulticastSocket::join(receiver, local), 0);
     QVERIFY(camera.send("heard"));
     char buffer[16] = {};
@@ -166,15 +149,28 @@ void tst_MulticastSocket::failures()
     const int socket = MulticastSocket::open();
     const auto close = qScopeGuard([socket] { MulticastSocket::close(socket); });
     QVERIFY(MulticastSocket::bind(socket, local, replyPort) < 0); // taken
-    QVERIFY(MulticastSocket::bind(socket, "10.77.0.99", anyPort) < 0);
-    QVERIFY(MulticastSocket::join(socket, "10.77.0.99") < 0);
     QVERIFY(MulticastSocket::join(socket, "no address") < 0);
-    QVERIFY(MulticastSocket::send(socket, "10.77.0.99", "text", 4) < 0);
-    QVERIFY(errno != 0);
     QVERIFY(MulticastSocket::setSendTimeout(-1, 1, 0) < 0);
+    QVERIFY(MulticastSocket::send(-1, local, "text", 4) < 0);
+    QCOMPARE(errno != 0, SocketFacts::namesErrors);
     char byte = 0;
-    QVERIFY(MulticastSocket::receive(-1, "10.77.0.99", &byte, 1) < 0);
-    QVERIFY(errno != 0);
+    QVERIFY(MulticastSocket::receive(-1, local, &byte, 1) < 0);
+    QCOMPARE(errno != 0, SocketFacts::namesErrors);
+}
+
+// Wine binds to what is no interface's. Windows doesn't.
+void tst_MulticastSocket::absentAddress()
+{
+    static constexpr char absent[] = "10.77.0.99";
+    const int socket = MulticastSocket::open();
+    const auto close = qScopeGuard([socket] { MulticastSocket::close(socket); });
+    if (!TestNetwork::inWine())
+        QVERIFY(MulticastSocket::bind(socket, absent, anyPort) < 0);
+    QVERIFY(MulticastSocket::join(socket, absent) < 0);
+    if (SocketFacts::choosesWayOut) {
+        QVERIFY(MulticastSocket::send(socket, absent, "text", 4) < 0);
+        QVERIFY(errno != 0);
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_MulticastSocket)

@@ -36,9 +36,12 @@ private slots:
 void tst_VorlynSDK::initTestCase()
 {
     // down0 is down, quiet0 has nobody at its other end, single0 has no multicast, bare0 has no
-    // IPv4 address, public0 has no private one; priv0 gets its own.
+    // IPv4 address, public0 has no private one; priv0 gets its own. Only bare0 has an IPv6 address,
+    // as systems differ in which kind they list first.
     for (const QString &name : QStringList{"down", "quiet", "single", "bare", "public", "priv"}) {
         QVERIFY(TestNetwork::run("ip link add " + name + "0 type veth peer name " + name + "1"));
+        if (name != "bare")
+            QVERIFY(TestNetwork::run("ip link set " + name + "0 addrgenmode none"));
         if (name != "quiet")
             QVERIFY(TestNetwork::run("ip link set " + name + "1 up"));
         if (name != "down")
@@ -109,7 +112,7 @@ void tst_VorlynSDK::networkIsKept()
     QNetworkInterface interface;
     QNetworkAddressEntry address;
     sdk->currentNetwork(interface, address);
-    QCOMPARE(interface.name(), QString("veth-b"));
+    QCOMPARE(interface.humanReadableName(), QString("veth-b"));
     QCOMPARE(address.ip(), QHostAddress("10.88.0.1"));
 }
 
@@ -137,7 +140,7 @@ static QStringList names(const QList<QNetworkInterface> &interfaces)
 {
     QStringList result;
     for (const QNetworkInterface &interface : interfaces)
-        result.append(interface.name());
+        result.append(interface.humanReadableName());
     return result;
 }
 
@@ -147,7 +150,10 @@ void tst_VorlynSDK::available()
     for (const QString &name : QStringList{"veth-a", "veth-b", "public0"})
         QVERIFY2(found.contains(name), qPrintable(name));
     // "priv0" has no address yet.
-    for (const QString &name : QStringList{"lo", "down0", "quiet0", "single0", "bare0", "priv0"})
+    QStringList others = {"lo", "down0", "bare0", "priv0"};
+    if (!TestNetwork::inWine())
+        others << "quiet0" << "single0";
+    for (const QString &name : others)
         QVERIFY2(!found.contains(name), qPrintable(name));
 
     QStringList inOrder = names(QNetworkInterface::allInterfaces());
@@ -239,7 +245,7 @@ void tst_VorlynSDK::select()
     QNetworkInterface chosen;
     QNetworkAddressEntry address;
     QTEST(VorlynSDK::selectInterface(interfaces(list), name, ip, chosen, address), "result");
-    QTEST(chosen.name(), "interface");
+    QTEST(chosen.humanReadableName(), "interface");
     QTEST(address.ip().toString(), "address");
 }
 
@@ -253,7 +259,7 @@ void tst_VorlynSDK::selectStopsAtTheFirstName()
     QVERIFY(VorlynSDK::selectInterface(
         {bare, TestNetwork::interface("veth-a"), TestNetwork::interface("priv0")}, "priv0",
         "10.4.0.1", chosen, address));
-    QCOMPARE(chosen.name(), QString("veth-a"));
+    QCOMPARE(chosen.humanReadableName(), QString("veth-a"));
 }
 
 void tst_VorlynSDK::privateRanges_data()
@@ -282,7 +288,7 @@ void tst_VorlynSDK::privateRanges()
     QNetworkInterface chosen;
     QNetworkAddressEntry address;
     QTEST(VorlynSDK::selectInterface(interfaces({"priv0"}), "", "", chosen, address), "isPrivate");
-    QCOMPARE(chosen.name(), QString("priv0"));
+    QCOMPARE(chosen.humanReadableName(), QString("priv0"));
     QCOMPARE(address.ip().toString(), ip);
 }
 
@@ -291,7 +297,7 @@ void tst_VorlynSDK::selectFromNothing()
     QNetworkInterface chosen = TestNetwork::interface("veth-b");
     QNetworkAddressEntry address = TestNetwork::entry("10.88.0.1");
     QVERIFY(!VorlynSDK::selectInterface({}, "veth-a", "10.77.0.1", chosen, address));
-    QCOMPARE(chosen.name(), QString("veth-b"));
+    QCOMPARE(chosen.humanReadableName(), QString("veth-b"));
     QCOMPARE(address.ip().toString(), QString("10.88.0.1"));
 }
 
@@ -300,7 +306,7 @@ void tst_VorlynSDK::selectWithoutIPv4()
     QNetworkInterface chosen;
     QNetworkAddressEntry address;
     QVERIFY(!VorlynSDK::selectInterface(interfaces({"bare0", "public0"}), "", "", chosen, address));
-    QCOMPARE(chosen.name(), QString("bare0"));
+    QCOMPARE(chosen.humanReadableName(), QString("bare0"));
     QCOMPARE(address.ip().protocol(), QAbstractSocket::IPv6Protocol);
 }
 
@@ -311,7 +317,7 @@ void tst_VorlynSDK::selectWithoutEntries()
     QNetworkAddressEntry address = TestNetwork::entry("10.88.0.1");
     QVERIFY(
         !VorlynSDK::selectInterface(interfaces({"down0"}), "down0", "10.1.0.1", chosen, address));
-    QCOMPARE(chosen.name(), QString("down0"));
+    QCOMPARE(chosen.humanReadableName(), QString("down0"));
     QCOMPARE(address.ip().toString(), QString("10.88.0.1"));
 }
 

@@ -1,31 +1,27 @@
 #include "CameraPeer.h"
 #include "JunkDatagrams.h"
 #include "LogCatcher.h"
+#include "SocketFacts.h"
 #include "TestNetwork.h"
+#include "ThisProcess.h"
 #include "VorlynProtocol.h"
 #include "VorlynSDK.h"
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QUdpSocket>
 #include <QtEndian>
 #include <QtTest>
 
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <netinet/in.h>
-#include <sys/ioctl.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <ctime>
 #include <functional>
 #include <future>
 #include <memory>
 
 using Command = std::function<int(VorlynSDK &)>;
 Q_DECLARE_METATYPE(Command)
+using Change = void (*)(int socket);
+Q_DECLARE_METATYPE(Change)
 
 // The client against raw bytes on a real network.
 class tst_VorlynSDKNetwork : public QObject
@@ -146,40 +142,12 @@ static QByteArray withLength(quint32 length, const QByteArray &body)
     return bytes;
 }
 
-static int descriptors()
-{
-    return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).size();
-}
-
-// Seconds of the processor that the process, or the calling thread, has used.
-static double processorSeconds(clockid_t clock)
-{
-    timespec time;
-    clock_gettime(clock, &time);
-    return double(time.tv_sec) + double(time.tv_nsec) / 1e9;
-}
-
-// The descriptor of this process that is bound to a port, or -1.
-static int descriptorOn(unsigned short port)
-{
-    for (const QString &name : QDir("/proc/self/fd").entryList(QDir::Files | QDir::System)) {
-        sockaddr_in bound = {};
-        socklen_t size = sizeof bound;
-        const int descriptor = name.toInt();
-        if (getsockname(descriptor, reinterpret_cast<sockaddr *>(&bound), &size) == 0
-            && bound.sin_family == AF_INET && ntohs(bound.sin_port) == port)
-            return descriptor;
-    }
-    return -1;
-}
-
 // Waits until a socket holds nothing more; datagrams beyond its buffer would be lost.
 static bool isReadEmpty(int socket)
 {
     for (int turn = 0; turn < 100000; ++turn) {
-        int bytes = 0; // of the next datagram
-        if (ioctl(socket, FIONREAD, &bytes) != 0 || bytes == 0)
-            return bytes == 0;
+        if (!SocketFacts::hasData(socket))
+            return true;
         QThread::usleep(100);
     }
     return false;
@@ -225,16 +193,8 @@ void tst_VorlynSDKNetwork::startLogsEachStep()
 
 void tst_VorlynSDKNetwork::threadNames()
 {
-    QStringList names;
-    for (const QString &task :
-        QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        QFile name("/proc/self/task/" + task + "/comm");
-        if (name.open(QIODevice::ReadOnly))
-            names.append(QString::fromLatin1(name.readAll().trimmed()));
-    }
-    // The system keeps 15 letters.
-    for (const QString &name : QStringList{"VorlynSDKSendThread", "VorlynSDKRecvThread"})
-        QVERIFY2(names.contains(name.left(15)), qPrintable(names.join(' ')));
+    for (const char *name : {"VorlynSDKSendTh", "VorlynSDKRecvTh"})
+        QCOMPARE(ThisProcess::threadNames(name), QByteArrayList{name});
 }
 
 void tst_VorlynSDKNetwork::commands_data()
@@ -529,12 +489,12 @@ void tst_VorlynSDKNetwork::waitWithoutLimit()
 
 void tst_VorlynSDKNetwork::waitSpinsAndSearchSleeps()
 {
-    const double start = processorSeconds(CLOCK_THREAD_CPUTIME_ID);
+    const double start = ThisProcess::threadProcessorSeconds();
     QCOMPARE(sdk().waitResponse(1, 1), nullptr);
-    const double waited = processorSeconds(CLOCK_THREAD_CPUTIME_ID);
+    const double waited = ThisProcess::threadProcessorSeconds();
     QVector<VorlynDevice> list;
     sdk().searchDevices(list, 1);
-    const double searched = processorSeconds(CLOCK_THREAD_CPUTIME_ID);
+    const double searched = ThisProcess::threadProcessorSeconds();
     QVERIFY2(waited - start > 0.1, qPrintable(QString::number(waited - start)));
     QVERIFY2(searched - waited < 0.1, qPrintable(QString::number(searched - waited)));
 }
@@ -659,9 +619,11 @@ void tst_VorlynSDKNetwork::oversize_data()
     QTest::addColumn<bool>("kept");
     QTest::addColumn<bool>("nextKept");
     QTest::newRow("exactly as much as is read") << 2048 << 2048 << true << true;
-    QTest::newRow("one byte more") << 2049 << 2049 << false << false;
-    QTest::newRow("much more") << 6000 << 6000 << false << false;
-    QTest::newRow("length of what is read") << 3000 << 2048 << true << true;
+    // Of more, the beginning disagrees with its length. Where that doesn't come, nothing is spoilt.
+    const bool cut = SocketFacts::cutsDatagrams;
+    QTest::newRow("one byte more") << 2049 << 2049 << false << !cut;
+    QTest::newRow("much more") << 6000 << 6000 << false << !cut;
+    QTest::newRow("length of what is read") << 3000 << 2048 << cut << true;
 }
 
 void tst_VorlynSDKNetwork::oversize()
@@ -799,19 +761,32 @@ void tst_VorlynSDKNetwork::requestsWaitForTheSocket()
     QCOMPARE(camera->receiveRequest()["method"], QJsonValue("testMicrophone"));
 }
 
+// What each of the two threads logs. Wine binds to what is no interface's; Windows doesn't.
+static QStringList absentAddressFailures(const QByteArray &ip)
+{
+    const QString join =
+        "setsockopt ZR_IP_ADD_MEMBERSHIP 239.255.255.250, " + QString(ip) + " failure";
+    if (TestNetwork::inWine())
+        return {join, join};
+    const bool bound = SocketFacts::receiverAddress(ip) == ip;
+    return {"bind socket port 0 failure", bound ? "bind socket port 5999 failure" : join};
+}
+
 void tst_VorlynSDKNetwork::absentAddressIsRetried()
 {
     sdk().stopNetwork();
     log->clear();
+    const QStringList failures = absentAddressFailures("10.77.0.99");
+    const auto trials = [&] {
+        const int same = failures.count(failures.first());
+        return qMin(log->count(failures.first()), log->count(failures.last())) / same;
+    };
     QElapsedTimer timer;
     timer.start();
     sdk().startNetwork(TestNetwork::interface("veth-a"), TestNetwork::entry("10.77.0.99"));
-    const QString bindFailure = "bind socket port 0 failure";
-    const QString joinFailure =
-        "setsockopt ZR_IP_ADD_MEMBERSHIP 239.255.255.250, 10.77.0.99 failure";
-    QTRY_VERIFY_WITH_TIMEOUT(log->count(bindFailure) >= 3 && log->count(joinFailure) >= 3, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(trials() >= 3, 20000);
     QVERIFY2(timer.elapsed() >= 1950, qPrintable(QString::number(timer.elapsed())));
-    QVERIFY(timer.elapsed() / 1000 + 1 >= log->count(bindFailure));
+    QVERIFY(timer.elapsed() / 1000 + 1 >= trials());
 
     sdk().testDeviceMicrophone(device("s1"));
     QVERIFY(TestNetwork::run("ip addr add 10.77.0.99/24 dev veth-a"));
@@ -826,12 +801,9 @@ void tst_VorlynSDKNetwork::takenPortIsRetried()
     sdk().stopNetwork();
     log->clear();
     {
-        const int other = socket(AF_INET, SOCK_DGRAM, 0);
-        const auto close = qScopeGuard([other] { ::close(other); });
-        sockaddr_in name = {};
-        name.sin_family = AF_INET;
-        name.sin_port = htons(VorlynProtocol::replyPort);
-        QCOMPARE(bind(other, reinterpret_cast<sockaddr *>(&name), sizeof name), 0);
+        QUdpSocket other;
+        QVERIFY(other.bind(
+            QHostAddress::AnyIPv4, VorlynProtocol::replyPort, QUdpSocket::DontShareAddress));
         sdk().startNetwork(TestNetwork::interface("veth-a"), TestNetwork::entry("10.77.0.1"));
         QTRY_VERIFY(log->count("bind socket port 5999 failure") >= 2);
         QCOMPARE(log->count("bind socket port 5999 -> 0"), 0);
@@ -870,21 +842,23 @@ void tst_VorlynSDKNetwork::onlyTheChosenInterface()
     QVERIFY(log->beginning("recv").first().contains("\"id\":6"));
 }
 
-// Whether a request gets out and its reply in, within a quarter of a second.
+// Whether a request gets out and its reply in, each within a quarter of a second. In Wine the
+// camera is another program's, behind another one.
 bool tst_VorlynSDKNetwork::answers(CameraPeer &camera)
 {
+    const int longest = TestNetwork::inWine() ? 1500 : 250; // milliseconds
     const int id = sdk().testDeviceMicrophone(device("s1"));
     QElapsedTimer timer;
     timer.start();
     QJsonObject request;
     while (request["id"] != QJsonValue(id)) {
-        if (timer.hasExpired(250))
+        if (timer.hasExpired(longest))
             return false;
         request = camera.receiveRequest(50);
         seen.append(request["id"].toInt(-1));
     }
     camera.reply(answer(id));
-    const std::unique_ptr<QJsonObject> reply(sdk().waitResponse(quint32(id), 0.25));
+    const std::unique_ptr<QJsonObject> reply(sdk().waitResponse(quint32(id), longest / 1000.0));
     return bool(reply);
 }
 
@@ -901,8 +875,11 @@ void tst_VorlynSDKNetwork::interfaceDownAndUp()
 {
     QVERIFY(answers(*camera));
     QVERIFY(TestNetwork::run("ip link set veth-a down"));
+    const int before = log->beginning("send {").size();
     const int dropped = sdk().setDeviceColor(device("s1"), true);
-    QTRY_VERIFY(!log->beginning("send to ret = -1, errno = ").isEmpty());
+    sdk().setDeviceColor(device("s1"), true); // its turn comes when the other one is dealt with
+    QTRY_COMPARE(log->beginning("send {").size(), before + 2);
+    QCOMPARE(!log->beginning("send to ret = -1, errno = ").isEmpty(), SocketFacts::namesErrors);
     QVERIFY(TestNetwork::run("ip link set veth-a up"));
     measureRecovery(*camera);
     QVERIFY(!seen.contains(dropped)); // what can't leave isn't sent again
@@ -922,9 +899,11 @@ void tst_VorlynSDKNetwork::addressTakenAndGivenBack()
 {
     QVERIFY(answers(*camera));
     QVERIFY(TestNetwork::run("ip addr flush dev veth-a"));
-    QTRY_COMPARE(log->count("recvfrom ret = -1, errno = 19"), 1);
-    QTRY_VERIFY(
-        log->count("setsockopt ZR_IP_ADD_MEMBERSHIP 239.255.255.250, 10.77.0.1 failure") > 0);
+    if (SocketFacts::namesErrors) {
+        QTRY_COMPARE(log->count("recvfrom ret = -1, errno = 19"), 1);
+        QTRY_VERIFY(
+            log->count("setsockopt ZR_IP_ADD_MEMBERSHIP 239.255.255.250, 10.77.0.1 failure") > 0);
+    }
     QVERIFY(TestNetwork::run("ip addr add 10.77.0.1/24 dev veth-a"));
     measureRecovery(*camera);
 }
@@ -953,13 +932,21 @@ void tst_VorlynSDKNetwork::interfaceMadeAnew()
     QVERIFY(TestNetwork::runAtCameras("ip link set cam-a up"));
     camera = std::make_unique<CameraPeer>("10.77.0.2");
     QVERIFY(camera->isOpen());
+    if (!SocketFacts::namesErrors) {
+        QVERIFY(!answers(*camera)); // the sockets are those of the old one
+        sdk().stopNetwork();
+        startOn("veth-a", "10.77.0.1");
+    }
     measureRecovery(*camera);
 }
+
+// On Windows a lock for which a thread has once waited keeps a handle.
+static const int lockFiles = TestNetwork::inWine() ? 5 : 0;
 
 void tst_VorlynSDKNetwork::repeatedStopIsPrompt()
 {
     sdk().stopNetwork();
-    const int before = descriptors();
+    const int before = ThisProcess::openFiles();
     qint64 slowest = 0;
     for (int i = 0; i < 200; ++i) {
         startOn("veth-a", "10.77.0.1");
@@ -967,44 +954,49 @@ void tst_VorlynSDKNetwork::repeatedStopIsPrompt()
         timer.start();
         sdk().stopNetwork();
         slowest = qMax(slowest, timer.elapsed());
-        QCOMPARE(descriptorOn(VorlynProtocol::replyPort), -1);
+        QCOMPARE(SocketFacts::boundTo(VorlynProtocol::replyPort), -1);
     }
-    QCOMPARE(descriptors(), before);
+    QVERIFY(qAbs(ThisProcess::openFiles() - before) <= lockFiles);
     qInfo("slowest stop %lld ms", slowest);
-    QVERIFY2(slowest < 200, qPrintable(QString::number(slowest)));
+    const qint64 longest = TestNetwork::inWine() ? 1000 : 200; // Wine's calls wait for its server
+    QVERIFY2(slowest < longest, qPrintable(QString::number(slowest)));
 }
 
+// A socket that is closed while it is being set up fails, and the thread sleeps over it.
 void tst_VorlynSDKNetwork::stopRightAfterStart()
 {
+    const int rounds = SocketFacts::wakeCloses ? 20 : 200;
+    const int longest = SocketFacts::wakeCloses ? 2 * VorlynProtocol::retryMilliseconds : 0;
     sdk().stopNetwork();
-    const int before = descriptors();
+    const int before = ThisProcess::openFiles();
     QElapsedTimer timer;
     timer.start();
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < rounds; ++i) {
         sdk().startNetwork(TestNetwork::interface("veth-a"), TestNetwork::entry("10.77.0.1"));
         sdk().stopNetwork();
     }
-    QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
-    QCOMPARE(descriptors(), before);
+    QVERIFY2(
+        timer.elapsed() < rounds * (longest + 100), qPrintable(QString::number(timer.elapsed())));
+    QVERIFY(qAbs(ThisProcess::openFiles() - before) <= lockFiles);
 }
 
 void tst_VorlynSDKNetwork::passingErrorsSpin_data()
 {
-    QTest::addColumn<int>("flags");
-    QTest::newRow("0 bytes and no error") << 0;
-    QTest::newRow("would have blocked") << O_NONBLOCK;
+    QTest::addColumn<Change>("change");
+    QTest::newRow("no error is named") << Change(SocketFacts::endReceiving);
+    QTest::newRow("would have blocked") << Change(SocketFacts::setNonBlocking);
 }
 
 void tst_VorlynSDKNetwork::passingErrorsSpin()
 {
-    QFETCH(int, flags);
+    QFETCH(Change, change);
     const QStringList before = log->lines();
-    const int receiver = descriptorOn(VorlynProtocol::replyPort);
+    const int receiver = SocketFacts::boundTo(VorlynProtocol::replyPort);
     QVERIFY(receiver > 0);
-    const double idle = processorSeconds(CLOCK_PROCESS_CPUTIME_ID);
-    QCOMPARE(fcntl(receiver, F_SETFL, flags), 0);
-    shutdown(receiver, SHUT_RD); // from now on each read ends at once
-    QTRY_VERIFY_WITH_TIMEOUT(processorSeconds(CLOCK_PROCESS_CPUTIME_ID) - idle > 0.2, 20000);
+    const double idle = ThisProcess::processorSeconds();
+    change(receiver); // from now on each read ends at once
+    QVERIFY(camera->reply("{}")); // one that blocks, too
+    QTRY_VERIFY_WITH_TIMEOUT(ThisProcess::processorSeconds() - idle > 0.2, 20000);
     QCOMPARE(log->lines(), before);
 
     QElapsedTimer timer;
@@ -1014,16 +1006,18 @@ void tst_VorlynSDKNetwork::passingErrorsSpin()
 }
 
 // 100,000 datagrams, in rounds: the last ones of each may spoil the count, which a restart heals.
+// In Wine, where each takes its way through two other programs, 20,000.
 void tst_VorlynSDKNetwork::survivesAnything()
 {
     constexpr int round = 1000;
+    const int rounds = TestNetwork::inWine() ? 20 : 100;
     JunkDatagrams junk(20240518);
     int found = 0;
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < rounds; ++i) {
         QVector<VorlynDevice> list;
         auto search = background([&] { sdk().searchDevices(list, 0); });
         QVERIFY(!camera->receive().isEmpty());
-        const int receiver = descriptorOn(VorlynProtocol::replyPort);
+        const int receiver = SocketFacts::boundTo(VorlynProtocol::replyPort);
         for (int sent = 0; sent < round; ++sent) {
             QVERIFY(camera->send(sent < round - 20 ? junk.nextWithLength() : junk.next()));
             QVERIFY(sent % 50 != 49 || isReadEmpty(receiver));
@@ -1033,7 +1027,7 @@ void tst_VorlynSDKNetwork::survivesAnything()
         sdk().stopNetwork();
         startOn("veth-a", "10.77.0.1");
     }
-    QVERIFY2(found >= 100, qPrintable(QString::number(found))); // each search got to see them
+    QVERIFY2(found >= rounds, qPrintable(QString::number(found))); // each search got to see them
     QVERIFY(answers(*camera));
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Turn.h"
+
 extern "C" {
 #include <libavutil/channel_layout.h>
 #include <libavutil/frame.h>
@@ -32,7 +34,7 @@ struct Tone {
         av_frame_get_buffer(frame.get(), 0);
         const bool planar = av_sample_fmt_is_planar(format);
         for (int sample = 0; sample < samples; ++sample) {
-            const double value = amplitude * std::sin(2 * M_PI * hertz * (first + sample) / rate);
+            const double value = amplitude * std::sin(wholeTurn * hertz * (first + sample) / rate);
             for (int channel = 0; channel < channels; ++channel) {
                 if (planar)
                     put(frame->data[channel], sample, value);

@@ -24,7 +24,7 @@ constexpr int patience = 60000;
 // A thread takes its name just after it has begun, and the system lists it for a moment longer
 // than anybody waits for it.
 #define COMPARE_THREADS(beginning, expected)                                                       \
-    QTRY_COMPARE_WITH_TIMEOUT(Process::threads(beginning), expected, patience)
+    QTRY_COMPARE_WITH_TIMEOUT(ThisProcess::threadNames(beginning), expected, patience)
 
 CallLog calls;
 
@@ -648,7 +648,7 @@ void tst_ZRPlayer::file()
     const AVCodecID audioCodec = audio ? AV_CODEC_ID_AAC : AV_CODEC_ID_NONE;
     QCOMPARE(player.open(pathOf(clipOf(videoCodec, audioCodec, 100))), 0);
     QTRY_COMPARE_WITH_TIMEOUT(player.observed.count(0), 1, patience);
-    COMPARE_THREADS("ZRPlayer", Process::playerThreads(video, audio));
+    COMPARE_THREADS("ZRPlayer", playerThreads(video, audio));
     QVERIFY(player.isRendering());
     QCOMPARE(player.hasOutput(), true); // opened in either case
     QVERIFY(qAbs(player.duration() - 4.0) < 0.2);
@@ -690,7 +690,7 @@ void tst_ZRPlayer::neitherStream()
     Player player;
     player.open(subtitles.fileName().toStdString());
     QTRY_COMPARE_WITH_TIMEOUT(player.observed.course(), QVector<int>({0}), patience);
-    COMPARE_THREADS("ZRPlayer", Process::playerThreads(false, false));
+    COMPARE_THREADS("ZRPlayer", playerThreads(false, false));
     QVERIFY(!player.isRendering());
     QCOMPARE(player.currentTime(), 0.0);
 }
@@ -792,7 +792,7 @@ void tst_ZRPlayer::closeDuringOpen()
     Player player;
     player.open(address(silent).toStdString());
     QVERIFY(silent.waitForNewConnection(patience));
-    COMPARE_THREADS("ZRPlayer", Process::playerThreads(false, false));
+    COMPARE_THREADS("ZRPlayer", playerThreads(false, false));
     const qint64 spent = player.closeInTime();
     QVERIFY2(spent < 5000, qPrintable(QString::number(spent))); // far below the limit of the open
     COMPARE_THREADS("ZRPlayer", QByteArrayList());
@@ -836,7 +836,7 @@ void tst_ZRPlayer::pauseAndPlay()
     QCOMPARE(player.play(), 0);
     QVERIFY(player.isRendering());
     QVERIFY(player.hasOutput());
-    COMPARE_THREADS("ZRPlayer", Process::playerThreads(true, true));
+    COMPARE_THREADS("ZRPlayer", playerThreads(true, true));
     QTRY_VERIFY_WITH_TIMEOUT(player.view.count() > shown + 5, patience);
     // First picture and progress once more, and nothing was lost.
     QCOMPARE(player.observed.course(), QVector<int>({0, 2, 4, 2, 4}));

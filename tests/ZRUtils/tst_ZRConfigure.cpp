@@ -1,3 +1,4 @@
+#include "WrittenSettings.h"
 #include "ZRConfigure.h"
 
 #include <QSettings>
@@ -6,6 +7,9 @@
 #include <memory>
 #include <random>
 #include <vector>
+
+using WrittenSettings::lineEnd;
+using WrittenSettings::section;
 
 using Set = void (*)(ZRConfigure &);
 Q_DECLARE_METATYPE(Set)
@@ -97,9 +101,12 @@ private slots:
     void firstRun();
     void defaultsKeepWhatIsThere_data();
     void defaultsKeepWhatIsThere();
+    void defaultsLeaveAWholeFileAlone();
     void emptyFileGivesDefaults();
     void readsText_data();
     void readsText();
+    void readsFilesOfEditors_data();
+    void readsFilesOfEditors();
     void settersWrite_data();
     void settersWrite();
     void labelSettingsOrder();
@@ -198,7 +205,7 @@ void tst_ZRConfigure::keepsAnExistingFolder()
 void tst_ZRConfigure::firstRun()
 {
     ZRConfigure().initDefaults();
-    QCOMPARE(read(), QByteArray("[General]\nhardware=1\nlangage=cn\nsearch%20seconds=3\n"));
+    QCOMPARE(read(), section("General", {"langage=cn", "hardware=1", "search%20seconds=3"}));
     const ZRConfigure configure;
     QCOMPARE(configure.language(), QString("cn"));
     QCOMPARE(configure.hardware(), true);
@@ -208,27 +215,35 @@ void tst_ZRConfigure::firstRun()
 void tst_ZRConfigure::defaultsKeepWhatIsThere_data()
 {
     QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QByteArray>("expected");
-    const auto row = [](const char *tag, const char *text, const char *expected) {
-        QTest::newRow(tag) << QByteArray(text) << QByteArray(expected);
+    QTest::addColumn<QByteArrayList>("expected"); // in the order of writing
+    const auto row = [](const char *tag, const char *text, const QByteArrayList &expected) {
+        QTest::newRow(tag) << QByteArray(text) << expected;
     };
-    row("language", "langage=en\n", "hardware=1\nlangage=en\nsearch%20seconds=3\n");
-    row("empty language", "langage=\n", "hardware=1\nlangage=\nsearch%20seconds=3\n");
-    row("null language", "langage=@Invalid()\n", "hardware=1\nlangage=cn\nsearch%20seconds=3\n");
-    row("hardware", "hardware=0\n", "hardware=0\nlangage=cn\nsearch%20seconds=3\n");
-    row("empty hardware", "hardware=\n", "hardware=\nlangage=cn\nsearch%20seconds=3\n");
-    row("seconds", "search%20seconds=x\n", "hardware=1\nlangage=cn\nsearch%20seconds=x\n");
-    row("all", "hardware=0\nlangage=x\nsearch%20seconds=0\n",
-        "hardware=0\nlangage=x\nsearch%20seconds=0\n");
+    row("language", "langage=en\n", {"langage=en", "hardware=1", "search%20seconds=3"});
+    row("empty language", "langage=\n", {"langage=", "hardware=1", "search%20seconds=3"});
+    row("null language", "langage=@Invalid()\n",
+        {"langage=cn", "hardware=1", "search%20seconds=3"});
+    row("hardware", "hardware=0\n", {"hardware=0", "langage=cn", "search%20seconds=3"});
+    row("empty hardware", "hardware=\n", {"hardware=", "langage=cn", "search%20seconds=3"});
+    row("seconds", "search%20seconds=x\n", {"search%20seconds=x", "langage=cn", "hardware=1"});
 }
 
 void tst_ZRConfigure::defaultsKeepWhatIsThere()
 {
     QFETCH(QByteArray, text);
-    QFETCH(QByteArray, expected);
+    QFETCH(QByteArrayList, expected);
     write("[General]\n" + text);
     ZRConfigure().initDefaults();
-    QCOMPARE(read(), "[General]\n" + expected);
+    QCOMPARE(read(), section("General", expected));
+}
+
+// With nothing to add the file isn't written anew.
+void tst_ZRConfigure::defaultsLeaveAWholeFileAlone()
+{
+    const QByteArray whole = "[General]\nsearch%20seconds=0\r\nhardware=0\nlangage=x\n";
+    write(whole);
+    ZRConfigure().initDefaults();
+    QCOMPARE(read(), whole);
 }
 
 void tst_ZRConfigure::emptyFileGivesDefaults()
@@ -297,6 +312,42 @@ void tst_ZRConfigure::readsText()
     QCOMPARE(allValues(), values);
 }
 
+void tst_ZRConfigure::readsFilesOfEditors_data()
+{
+    QTest::addColumn<QByteArray>("mark");
+    QTest::addColumn<QByteArray>("lineEnd");
+    QTest::newRow("line feeds") << QByteArray() << QByteArray("\n");
+    QTest::newRow("as of Windows") << QByteArray() << QByteArray("\r\n");
+    QTest::newRow("as of Windows, marked as UTF-8")
+        << QByteArray("\xef\xbb\xbf") << QByteArray("\r\n");
+}
+
+// Every kind of value, whoever saved the file, and it is still readable when it was written anew.
+void tst_ZRConfigure::readsFilesOfEditors()
+{
+    QFETCH(QByteArray, mark);
+    QFETCH(QByteArray, lineEnd);
+    write(mark
+        + QByteArrayList(
+            {"; by hand", "[General]", "langage=en", "hardware=1", "", "search%20seconds=7",
+                "network%20name=\\x672c\\x5730", "printer%20name=\"a, b\"", "label%20width=62.5",
+                "label%20column=2", "", "[group]", "langage=cn", ""})
+              .join(lineEnd));
+    QVariantMap values = readDefaults;
+    values["langage"] = "en";
+    values["hardware"] = true;
+    values["search seconds"] = 7;
+    values["network name"] = QString::fromUtf8("\xe6\x9c\xac\xe5\x9c\xb0");
+    values["printer name"] = "a, b";
+    values["label width"] = 62.5;
+    values["label column"] = 2;
+    QCOMPARE(allValues(), values);
+
+    ZRConfigure().setNetworkIp("10.0.0.7");
+    values["network ip"] = "10.0.0.7";
+    QCOMPARE(allValues(), values);
+}
+
 void tst_ZRConfigure::settersWrite_data()
 {
     QTest::addColumn<Set>("set");
@@ -337,7 +388,7 @@ void tst_ZRConfigure::settersWrite()
         ZRConfigure configure;
         set(configure);
     }
-    QCOMPARE(read(), "[General]\n" + text + "\n");
+    QCOMPARE(read(), section("General", {text}));
     QVariantMap values = readDefaults;
     values[key] = expected;
     QCOMPARE(allValues(), values);
@@ -347,15 +398,10 @@ void tst_ZRConfigure::labelSettingsOrder()
 {
     ZRConfigure().saveLabelSettings(1.5, 2.5, 3, 4.5, 5.5, 6.5, 7.5, 8.5);
     QCOMPARE(read(),
-        QByteArray("[General]\n"
-                   "label%20column=3\n"
-                   "label%20height=2.5\n"
-                   "label%20padding=8.5\n"
-                   "label%20padding%20bottom=7.5\n"
-                   "label%20padding%20left=4.5\n"
-                   "label%20padding%20right=6.5\n"
-                   "label%20padding%20top=5.5\n"
-                   "label%20width=1.5\n"));
+        section("General",
+            {"label%20width=1.5", "label%20height=2.5", "label%20column=3", "label%20padding=8.5",
+                "label%20padding%20left=4.5", "label%20padding%20top=5.5",
+                "label%20padding%20right=6.5", "label%20padding%20bottom=7.5"}));
     const ZRConfigure configure;
     const LabelSettings label = labelSettings(configure);
     QCOMPARE(label.width, 1.5);
@@ -399,7 +445,8 @@ void tst_ZRConfigure::otherKeysStay()
     write("[General]\nown=1\n\n[group]\nlangage=en\n");
     QCOMPARE(ZRConfigure().language(), QString());
     ZRConfigure().setLanguage("cn");
-    QCOMPARE(read(), QByteArray("[General]\nlangage=cn\nown=1\n\n[group]\nlangage=en\n"));
+    QCOMPARE(read(),
+        section("General", {"own=1", "langage=cn"}) + lineEnd + section("group", {"langage=en"}));
 }
 
 // The folder can't be made: settings are lost without a word.

@@ -227,11 +227,7 @@ void tst_ZRLog::prunes()
         today = QDate::currentDate();
         const QString day = today.addDays(-days).toString("yyyyMMdd");
         const QString path = logFolder() + '/' + QString(name).replace("DAY", day);
-        QFile file(path);
-        if (isFolder)
-            QVERIFY(QDir().mkdir(path));
-        else
-            QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(isFolder ? QDir().mkdir(path) : QFile(path).open(QIODevice::WriteOnly));
         {
             const Run run(swallow);
         }

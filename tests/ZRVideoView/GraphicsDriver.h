@@ -1,12 +1,16 @@
 #pragma once
 
+// Keeps OpenGL drivers loaded to the very end once they are there: what they hold for the life of
+// the process would otherwise be taken for lost.
+inline void keepGraphicsDriver();
+
+#if __has_include(<link.h>)
+
 #include <dlfcn.h>
 #include <link.h>
 
 #include <cstring>
 
-// Keeps OpenGL drivers loaded to the very end once they are there: what they hold for the life of
-// the process would otherwise be taken for lost.
 inline void keepGraphicsDriver()
 {
     dl_iterate_phdr(
@@ -18,3 +22,9 @@ inline void keepGraphicsDriver()
         },
         nullptr);
 }
+
+#else
+
+inline void keepGraphicsDriver() { } // nobody counts there
+
+#endif

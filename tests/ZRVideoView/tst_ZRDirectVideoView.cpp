@@ -3,9 +3,7 @@
 #include "MetaMethods.h"
 #include "Painting.h"
 #include "RecordingDirect3D.h"
-#include "TestCard.h"
 #include "ZRDirectVideoView.h"
-#include "ZRLetterbox.h"
 
 #include <QMutex>
 #include <QThread>
@@ -241,7 +239,6 @@ private slots:
     void layoutFollowsTheVideo();
     void layoutFollowsTheView();
     void paintsBlack();
-    void drawsWithTheSystemsModule();
 
 private:
     QStringList show(const Frame &frame)
@@ -941,21 +938,6 @@ void tst_ZRDirectVideoView::paintsBlack()
     QImage expected(image.size(), image.format());
     expected.fill(Qt::black);
     QCOMPARE(image, expected);
-}
-
-void tst_ZRDirectVideoView::drawsWithTheSystemsModule()
-{
-    QWidget window(nullptr, Qt::X11BypassWindowManagerHint);
-    window.setGeometry(20, 20, 400, 300);
-    auto *systems = new ZRDirectVideoView(&window);
-    systems->resize(window.size());
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    const Frame card = TestCard::frame(640, 360, software);
-    systems->update(card.get());
-
-    const QRect area = zrLetterbox({640, 360}, window.size());
-    QTRY_VERIFY_WITH_TIMEOUT(TestCard::likeness(TestCard::shot(window), area, *card) >= 35, 20000);
 }
 
 QTEST_MAIN(tst_ZRDirectVideoView)

@@ -1,5 +1,7 @@
 #include "ProgramFolder.h"
 
+#include "HostProcess.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -7,14 +9,6 @@
 #include <QtTest>
 
 namespace {
-
-QString output(const QString &command, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(command, arguments);
-    process.waitForFinished();
-    return QString::fromUtf8(process.readAllStandardOutput());
-}
 
 QStringList linesOf(const QString &text)
 {
@@ -25,25 +19,36 @@ QStringList linesOf(const QString &text)
 
 }
 
-ProgramFolder::ProgramFolder(const QString &program) : program(program)
+ProgramFolder::ProgramFolder(const QString &program, const QString &name) :
+    program(program),
+    name(name)
 {
-    const QFileInfo built(QDir(QStringLiteral(VORLYN_PROGRAMS)), program);
-    valid = QFile::copy(built.filePath(), filePath(program)) && QDir(path()).mkdir("language");
-    for (const char *name : {"/language/en.txt", "/language/cn.txt"})
-        valid = valid && QFile::copy(built.path() + name, path() + name);
+    const QFileInfo built(QDir(QStringLiteral(VORLYN_PROGRAMS)), program + VORLYN_PROGRAM_SUFFIX);
+    valid = QDir().mkpath(filePath("language")) && QFile::copy(built.filePath(), programFile());
+    for (const char *text : {"/language/en.txt", "/language/cn.txt"})
+        valid = valid && QFile::copy(built.path() + text, path() + text);
 }
 
 ProgramFolder::~ProgramFolder()
 {
+    const bool hasEnded = process.state() == QProcess::NotRunning;
     process.kill();
     process.waitForFinished();
-    if (QTest::currentTestFailed())
+    if (QTest::currentTestFailed()) {
         qInfo("%s", process.readAllStandardError().constData());
+        if (hasEnded)
+            qInfo("ended with 0x%x", uint(process.exitCode()));
+    }
+}
+
+QString ProgramFolder::programFile() const
+{
+    return filePath(program + VORLYN_PROGRAM_SUFFIX);
 }
 
 bool ProgramFolder::start()
 {
-    process.start(filePath(program), QStringList());
+    process.start(programFile(), QStringList());
     return process.waitForStarted() && awaitWindows(2) && awaitWindows(1);
 }
 
@@ -56,7 +61,7 @@ bool ProgramFolder::quit()
 
 QStringList ProgramFolder::windows() const
 {
-    return linesOf(output("xdotool", {"search", "--onlyvisible", "--class", program}));
+    return linesOf(Hands::output("xdotool", {"search", "--onlyvisible", "--class", program}));
 }
 
 bool ProgramFolder::awaitWindows(int count) const
@@ -78,9 +83,16 @@ QStringList ProgramFolder::log() const
     return linesOf(QString::fromUtf8(file.readAll()));
 }
 
+QString Hands::output(const QString &command, const QStringList &arguments)
+{
+    HostProcess process;
+    const bool succeeded = process.start(command, arguments) && process.waitForSuccess();
+    return succeeded ? QString::fromUtf8(process.readAll()) : QString();
+}
+
 bool Hands::xdotool(const QStringList &arguments)
 {
-    return QProcess::execute("xdotool", arguments) == 0;
+    return HostProcess::run("xdotool", arguments);
 }
 
 bool Hands::clickAt(const QString &window, QPoint point)

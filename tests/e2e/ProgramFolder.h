@@ -13,12 +13,15 @@ class ProgramFolder
 public:
     static constexpr int patience = 60000; // milliseconds
 
-    explicit ProgramFolder(const QString &program = QStringLiteral("VorlynIPTool"));
+    // `name` is the folder's, in one of its own.
+    explicit ProgramFolder(const QString &program = QStringLiteral("VorlynIPTool"),
+        const QString &name = QStringLiteral("program"));
     ~ProgramFolder(); // ends the program
 
     bool isValid() const { return valid; }
-    QString path() const { return folder.path(); }
-    QString filePath(const QString &name) const { return folder.filePath(name); }
+    QString path() const { return folder.filePath(name); }
+    QString filePath(const QString &file) const { return path() + '/' + file; }
+    QString programFile() const;
 
     // Returns when the first search has ended and the main window alone is left.
     bool start();
@@ -34,7 +37,8 @@ public:
     QProcess process;
 
 private:
-    QString program; // the file's name, and its windows' class
+    QString program; // as its file is called, and its windows' class begins
+    QString name;
     QTemporaryDir folder;
     bool valid;
 };
@@ -42,6 +46,8 @@ private:
 // Mouse and keyboard of the screen that a test has.
 namespace Hands {
 
+// What a command outside prints; empty if it fails.
+QString output(const QString &command, const QStringList &arguments);
 bool xdotool(const QStringList &arguments);
 // In the window's own pixels.
 bool clickAt(const QString &window, QPoint point);

@@ -87,7 +87,7 @@ void tst_BadStreams::initTestCase()
 
 void tst_BadStreams::cleanup()
 {
-    QTRY_COMPARE(Process::threads("ZRPlayer"), QByteArrayList());
+    QTRY_COMPARE(ThisProcess::threadNames("ZRPlayer"), QByteArrayList());
 }
 
 void tst_BadStreams::playGoodStream(ProbedPlayer &player)
@@ -227,7 +227,7 @@ void tst_BadStreams::closeWhileConnecting()
 {
     ProbedPlayer player;
     QCOMPARE(player.open(nobody), 0);
-    QTRY_COMPARE(Process::threads("ZRPlayerReader").size(), 1);
+    QTRY_COMPARE(ThisProcess::threadNames("ZRPlayerReader").size(), 1);
     QTest::qWait(100); // so that the connecting is under way
     const qint64 taken = player.closeInTime();
     QVERIFY2(taken <= closeLimit, milliseconds(taken));

@@ -1,5 +1,6 @@
 #include "FleetProcess.h"
 #include "LogCatcher.h"
+#include "SocketFacts.h"
 #include "VorlynSDK.h"
 
 #include <QJsonArray>
@@ -133,7 +134,8 @@ void tst_Faults::search_data()
         {"cut header", R"("cut": 5)", {0, 0}},
         {"cut text", R"("cut": 40)", {0, 0}},
         {"length mismatch", R"("length-error": 3)", {0, 0}},
-        {"more than a datagram holds", R"("size": 4000)", {0, 0}},
+        // So does the beginning of one that is too long, on a system where it comes.
+        {"more than a datagram holds", R"("size": 4000)", {0, SocketFacts::cutsDatagrams ? 0 : 1}},
     };
     for (const auto &row : rows)
         QTest::newRow(row.name) << QByteArray(row.fault) << row.found[0] << row.found[1];

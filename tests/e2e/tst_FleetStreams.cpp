@@ -90,7 +90,7 @@ void closeInTime(ProbedPlayer &player)
 {
     const qint64 taken = player.closeInTime();
     QVERIFY2(taken <= closeLimit, qPrintable(QString("closing took %1 ms").arg(taken)));
-    QTRY_COMPARE(Process::threads("ZRPlayer"), QByteArrayList());
+    QTRY_COMPARE(ThisProcess::threadNames("ZRPlayer"), QByteArrayList());
 }
 
 }
@@ -144,7 +144,7 @@ void tst_FleetStreams::plays()
         QTRY_VERIFY_WITH_TIMEOUT(player.view.count() >= 40, patience);
     else
         QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() > 0.5, patience);
-    QTRY_COMPARE(Process::threads("ZRPlayer"), Process::playerThreads(hasVideo, hasAudio));
+    QTRY_COMPARE(ThisProcess::threadNames("ZRPlayer"), playerThreads(hasVideo, hasAudio));
     closeInTime(player);
     QCOMPARE(player.observed.course(), hasVideo ? QVector<int>({0, 2, 4}) : QVector<int>({0}));
     checkPictures(player.view.pictures());

@@ -9,6 +9,7 @@
 #include "PreviewProbe.h"
 #include "RtspPeer.h"
 #include "SettingsFile.h"
+#include "ShownLikeness.h"
 #include "SinkRecorder.h"
 #include "Startup.h"
 #include "TestCard.h"
@@ -80,7 +81,6 @@ constexpr int patience = 40000; // milliseconds, for what must come
 constexpr int freshness = 5000; // milliseconds
 constexpr double tone = 440.0; // of all cameras
 constexpr double audible = 0.1;
-constexpr double enough = 35.0; // dB
 const QSize wide(1280, 720);
 const QSize narrow(640, 480);
 
@@ -131,7 +131,7 @@ void tst_Preview::open(QJsonArray cameras)
 void tst_Preview::cleanup()
 {
     window.reset();
-    QTRY_COMPARE(Process::threads("ZRPlayer"), QByteArrayList());
+    QTRY_COMPARE(ThisProcess::threadNames("ZRPlayer"), QByteArrayList());
     VorlynSDK::destroyInstance();
     QVERIFY2(fleet->stop(), fleet->errors());
     fleet.reset();
@@ -370,7 +370,7 @@ void tst_Preview::closedWhilePlaying()
     clock.start();
     window.reset();
     QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
-    QTRY_COMPARE(Process::threads("ZRPlayer"), QByteArrayList());
+    QTRY_COMPARE(ThisProcess::threadNames("ZRPlayer"), QByteArrayList());
     QTRY_COMPARE_WITH_TIMEOUT(viewers(1), 0, patience);
 }
 
@@ -392,14 +392,19 @@ void tst_Preview::pictureIsRight_data()
     QTest::addColumn<int>("codec");
     QTest::addColumn<QSize>("size");
     QTest::addColumn<int>("pixels");
+    QTest::addColumn<int>("hardware"); // the setting, which a system without it goes on without
     const int limited = AV_PIX_FMT_YUV420P;
     const int full = AV_PIX_FMT_YUVJ420P;
-    QTest::newRow("H.264, wide") << int(AV_CODEC_ID_H264) << wide << limited;
-    QTest::newRow("H.264, narrow") << int(AV_CODEC_ID_H264) << narrow << limited;
-    QTest::newRow("H.264, full range") << int(AV_CODEC_ID_H264) << narrow << full;
-    QTest::newRow("H.264, odd quarter") << int(AV_CODEC_ID_H264) << QSize(642, 362) << limited;
-    QTest::newRow("H.264, full HD") << int(AV_CODEC_ID_H264) << QSize(1920, 1080) << limited;
-    QTest::newRow("H.265, wide") << int(AV_CODEC_ID_HEVC) << wide << limited;
+    const int h264 = AV_CODEC_ID_H264;
+    const QSize oddQuarter(642, 362);
+    const QSize fullHd(1920, 1080);
+    QTest::newRow("H.264, wide") << h264 << wide << limited << 1;
+    QTest::newRow("H.264, wide, software") << h264 << wide << limited << 0;
+    QTest::newRow("H.264, narrow") << h264 << narrow << limited << 1;
+    QTest::newRow("H.264, full range") << h264 << narrow << full << 1;
+    QTest::newRow("H.264, odd quarter") << h264 << oddQuarter << limited << 1;
+    QTest::newRow("H.264, full HD") << h264 << fullHd << limited << 1;
+    QTest::newRow("H.265, wide") << int(AV_CODEC_ID_HEVC) << wide << limited << 1;
 }
 
 // A card of which the test knows every picture, from another server, against what a decoder of the
@@ -409,6 +414,9 @@ void tst_Preview::pictureIsRight()
     QFETCH(int, codec);
     QFETCH(QSize, size);
     QFETCH(int, pixels);
+    QFETCH(int, hardware);
+    SettingsFile().write({{"langage", "en"}, {"search seconds", 1}, {"network name", "veth-a"},
+        {"hardware", hardware}});
     MediaClip::Format format = MediaClip::Format::of(AVCodecID(codec), AV_CODEC_ID_NONE);
     format.width = size.width();
     format.height = size.height();
@@ -436,8 +444,9 @@ void tst_Preview::pictureIsRight()
         };
         QTRY_VERIFY_WITH_TIMEOUT(next(), patience);
         last = number;
-        const double alike = TestCard::likeness(shot, area(size), *decoded[size_t(number) - 1]);
-        QVERIFY2(alike >= enough, qPrintable(QString("picture %1: %2 dB").arg(number).arg(alike)));
+        const double alike = ShownLikeness::of(shot, area(size), *decoded[size_t(number) - 1]);
+        QVERIFY2(alike >= ShownLikeness::enough,
+            qPrintable(QString("picture %1: %2 dB").arg(number).arg(alike)));
         worst = std::min(worst, alike);
         QPainter(&shot).fillRect(area(size), Qt::black);
         QVERIFY(TestCard::isBlack(shot));

@@ -1,11 +1,14 @@
 #include "FleetProcess.h"
+#include "HostProcess.h"
 #include "ProgramFolder.h"
 #include "SettingsFile.h"
+#include "WithoutOpenGL.h"
 
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QScopedPointer>
 #include <QtTest>
 
@@ -20,9 +23,11 @@ private slots:
     void firstRun();
     void renameByMouseAndKeyboard();
     void foldersThatCannotBeMade();
+    void readOnlyFolder();
     void settingsFullOfJunk();
     void withoutLanguageFolder();
     void withoutOpenGL();
+    void withoutNetwork();
 
 private:
     QScopedPointer<ProgramFolder> program;
@@ -116,6 +121,25 @@ void tst_Program::foldersThatCannotBeMade()
     QVERIFY(QFileInfo(program->filePath("log")).isFile());
 }
 
+void tst_Program::readOnlyFolder()
+{
+    const QString folder = HostProcess::path(program->path());
+    QVERIFY(HostProcess::run("mount", {"-o", "bind,ro", folder, folder}));
+    const auto end = qScopeGuard([&] {
+        program->process.kill();
+        program->process.waitForFinished();
+        HostProcess::run("umount", {folder});
+    });
+    QVERIFY(!QDir(program->path()).mkdir("new"));
+    QVERIFY(program->start());
+    QCOMPARE(fleet->requests("search").size(), 3);
+    QVERIFY(program->quit());
+    const QString file = QFileInfo(program->programFile()).fileName();
+    const QDir::Filters all = QDir::NoDotAndDotDot | QDir::AllEntries;
+    QCOMPARE(
+        QDir(program->path()).entryList(all, QDir::DirsFirst), QStringList({"language", file}));
+}
+
 void tst_Program::settingsFullOfJunk()
 {
     QVERIFY(QDir(program->path()).mkdir("configure"));
@@ -140,12 +164,26 @@ void tst_Program::withoutLanguageFolder()
 
 void tst_Program::withoutOpenGL()
 {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("QT_XCB_GL_INTEGRATION", "none");
-    program->process.setProcessEnvironment(environment);
+    program->process.setProcessEnvironment(environmentWithoutOpenGL());
     QVERIFY(program->start());
     QVERIFY(!program->log().filter("WSA(").isEmpty());
     QVERIFY(program->quit());
+}
+
+// Nor sound or a printer, which this test doesn't have either: the window comes, and waits for its
+// user.
+void tst_Program::withoutNetwork()
+{
+    for (const char *name : {"veth-a", "veth-b"})
+        QVERIFY(HostProcess::run("ip", {"link", "set", name, "down"}));
+    const auto end = qScopeGuard([] {
+        for (const char *name : {"veth-a", "veth-b"})
+            HostProcess::run("ip", {"link", "set", name, "up"});
+    });
+    QVERIFY(program->start());
+    QVERIFY(program->quit());
+    QVERIFY(program->log().filter("ZR_IP_ADD_MEMBERSHIP").filter("-> 0").isEmpty());
+    QCOMPARE(fleet->requests("search").size(), 0);
 }
 
 QTEST_GUILESS_MAIN(tst_Program)

@@ -1,7 +1,9 @@
+#include "HostProcess.h"
 #include "MediaButton.h"
 #include "ProgramFolder.h"
 #include "SettingsFile.h"
 #include "WindowHeaderWidget.h"
+#include "WithoutOpenGL.h"
 
 #include <QApplication>
 #include <QDir>
@@ -13,7 +15,7 @@
 #include <QtTest>
 
 // The scan station of the program itself, beside which lies the library of a simulated label
-// printer. The scanner is the keyboard, as fast as it can be.
+// printer, in a folder with a Chinese name. The scanner is the keyboard, as fast as it can be.
 class tst_ScanStation : public QObject
 {
     Q_OBJECT
@@ -79,10 +81,8 @@ QStringList picturesOf(const ProgramFolder &program)
 // All that the QR codes of a picture say.
 QString decoded(const QString &path)
 {
-    QProcess reader;
-    reader.start("zbarimg", {"--quiet", "--raw", "--nodbus", path});
-    reader.waitForFinished();
-    return QString::fromUtf8(reader.readAllStandardOutput()).trimmed();
+    const QStringList arguments = {"--quiet", "--raw", "--nodbus", HostProcess::path(path)};
+    return Hands::output("zbarimg", arguments).trimmed();
 }
 
 // One scan after the other, without a pause.
@@ -106,12 +106,10 @@ const char firstSerial[] = "LN-00096";
 
 void tst_ScanStation::init()
 {
-    program.reset(new ProgramFolder);
+    program.reset(new ProgramFolder("VorlynIPTool", QString::fromUtf8("用户/扫码 1")));
     QVERIFY(program->isValid());
     // Nothing here needs a graphics driver, and one that was unloaded looks like a leak.
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("QT_XCB_GL_INTEGRATION", "none");
-    program->process.setProcessEnvironment(environment);
+    program->process.setProcessEnvironment(environmentWithoutOpenGL());
     const QFileInfo library(QStringLiteral(WINPSK_LIBRARY));
     QVERIFY(QFile::copy(library.filePath(), program->filePath(library.fileName())));
     SettingsFile(program->path())

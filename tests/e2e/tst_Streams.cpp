@@ -101,7 +101,7 @@ void tst_Streams::initTestCase()
 
 void tst_Streams::cleanup()
 {
-    QTRY_COMPARE(Process::threads("ZRPlayer"), QByteArrayList());
+    QTRY_COMPARE(ThisProcess::threadNames("ZRPlayer"), QByteArrayList());
 }
 
 void tst_Streams::stream_data()
@@ -135,7 +135,7 @@ void tst_Streams::stream()
         QTRY_VERIFY_WITH_TIMEOUT(player.observed.count(4) >= 30, patience);
     else if (audio)
         QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() > 0.5, patience);
-    QTRY_COMPARE(Process::threads("ZRPlayer"), Process::playerThreads(video, audio));
+    QTRY_COMPARE(ThisProcess::threadNames("ZRPlayer"), playerThreads(video, audio));
     QCOMPARE(player.isRendering(), video || audio);
     CLOSE_IN_TIME(player);
 
@@ -270,7 +270,7 @@ void tst_Streams::pauseAndPlay()
     QVERIFY(!player.isRendering());
     QVERIFY(player.isOpened());
     QTRY_VERIFY_WITH_TIMEOUT(peer.requests().contains("PAUSE"), patience);
-    QTRY_COMPARE(Process::threads("ZRPlayerRender"), QByteArrayList());
+    QTRY_COMPARE(ThisProcess::threadNames("ZRPlayerRender"), QByteArrayList());
     const int shown = player.view.count();
     player.play();
     QTRY_COMPARE_WITH_TIMEOUT(player.observed.count(2), 2, patience);

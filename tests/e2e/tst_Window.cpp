@@ -4,6 +4,7 @@
 #include "CVWidget.h"
 #include "FileChoice.h"
 #include "FleetProcess.h"
+#include "HostProcess.h"
 #include "LogCatcher.h"
 #include "MediaButton.h"
 #include "ModalDriver.h"
@@ -23,12 +24,14 @@
 #include "ZRSettingsDialog.h"
 
 #include <QComboBox>
+#include <QCursor>
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScopedPointer>
+#include <QSet>
 #include <QtTest>
 
 // The whole window at work on simulated cameras, both sides looked at: what the cameras were told
@@ -43,11 +46,13 @@ private slots:
     void cleanup();
 
     void search();
+    void screen();
     void selectAndRename();
     void staticAddress();
     void dhcp();
     void restore();
     void restoreRefused();
+    void upgrade_data();
     void upgrade();
     void missingFirmwareFile();
     void network();
@@ -175,6 +180,44 @@ void tst_Window::search()
         QCOMPARE(request, expected);
 }
 
+// What came of it all on the screen, as another program sees it. The file stays.
+void tst_Window::screen()
+{
+    open();
+    window->show();
+    QTRY_COMPARE(window->width(), 1600);
+    const QString file = QCoreApplication::applicationDirPath() + "/window.png";
+    const QRect place(window->mapToGlobal(QPoint()), window->size());
+    const auto shot = [&] {
+        HostProcess::run("import", {"-silent", "-window", "root", HostProcess::path(file)});
+        return QImage(file).copy(place).convertToFormat(QImage::Format_RGB32);
+    };
+    QCursor::setPos(place.center());
+    for (QWidget *part : QVector<QWidget *>{header(), devices(), panel()}) {
+        const QRect area(part->mapTo(window.data(), QPoint()), part->size());
+        const auto painted = [&] {
+            return window->grab(area).toImage().convertToFormat(QImage::Format_RGB32);
+        };
+        QTRY_VERIFY2(shot().copy(area) == painted(), part->metaObject()->className());
+    }
+
+    // Something is written in the rows of all eight cameras, and below them nothing.
+    const QImage picture = shot();
+    const auto colors = [&](int row) {
+        const QRect cells(0, table()->rowViewportPosition(0) + 30 * row, 200, 30);
+        const QPoint corner = table()->viewport()->mapTo(window.data(), cells.topLeft());
+        const QImage image = picture.copy(QRect(corner, cells.size()).adjusted(2, 2, -2, -2));
+        QSet<QRgb> found;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                found.insert(image.pixel(x, y));
+        return found.size();
+    };
+    for (int row = 0; row < 8; ++row)
+        QVERIFY2(colors(row) > 5, qPrintable(QString::number(row)));
+    QCOMPARE(colors(8), 1);
+}
+
 void tst_Window::selectAndRename()
 {
     open();
@@ -281,12 +324,25 @@ void tst_Window::restoreRefused()
     QVERIFY(fleet->requests("ResetDefault").isEmpty());
 }
 
+void tst_Window::upgrade_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("version");
+
+    QTest::newRow("version alone") << "9.8.7.bin"
+                                   << "9.8.7";
+    QTest::newRow("Chinese") << QString::fromUtf8("固件 9.8.7.bin")
+                             << QString::fromUtf8("固件 9.8.7");
+}
+
 void tst_Window::upgrade()
 {
+    QFETCH(QString, name);
+    QFETCH(QString, version);
     fleet->addOptions({"--sha256"});
     open();
     QTemporaryDir folder;
-    QFile image(folder.filePath(QString::fromUtf8("9.8.7.bin")));
+    QFile image(folder.filePath(name));
     QVERIFY(image.open(QIODevice::WriteOnly));
     const QByteArray content = QByteArray("\x00\xff--window-iptool-upload\r\n", 26).repeated(20000);
     image.write(content);
@@ -299,17 +355,17 @@ void tst_Window::upgrade()
     QTRY_COMPARE(fleet->events("upload").size(), 1);
     const QJsonObject upload = fleet->events("upload").first();
     QCOMPARE(upload["ip"].toString(), QString("10.77.0.17"));
-    QCOMPARE(upload["filename"].toString(), QString("9.8.7.bin"));
+    QCOMPARE(upload["filename"].toString(), name);
     QCOMPARE(upload["bytes"].toInt(), content.size());
     QCOMPARE(upload["complete"].toBool(), true);
     QCOMPARE(upload["sha256"].toString().toLatin1(),
         QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex());
 
     QTRY_COMPARE_WITH_TIMEOUT(fleet->events("back").size(), 1, 15000);
-    QVERIFY(versionShown() != "9.8.7"); // before the next search
+    QVERIFY(versionShown() != version); // before the next search
     searchAgain();
     devices()->setCurrentCell(6, 2);
-    QCOMPARE(versionShown(), QString("9.8.7"));
+    QCOMPARE(versionShown(), version);
 }
 
 void tst_Window::missingFirmwareFile()
@@ -467,14 +523,12 @@ void tst_Window::cancelledUpload_data()
 void tst_Window::cancelledUpload()
 {
     QFETCH(Leave, leave);
-    const QJsonObject late = {{"on", "upload"}, {"delay-ms", 700}, {"apply", false}};
-    fleet->setScenario(
-        {{"cameras", QJsonArray{QJsonObject{{"camera", 1}, {"rules", QJsonArray{late}}}}}});
-    open();
-    QTemporaryFile image;
-    QVERIFY(image.open());
+    open({{"on", "upload"}, {"delay-ms", 1500}, {"apply", false}});
+    const QTemporaryDir folder; // a file dialog is slow in a folder that others work in
+    QFile image(folder.filePath("9.8.7.bin"));
+    QVERIFY(image.open(QIODevice::WriteOnly));
     image.write("firmware");
-    image.flush();
+    image.close();
 
     int result = -1;
     const LogCatcher log;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "HostProcess.h"
+
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -7,7 +9,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QPainter>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -92,11 +93,12 @@ inline QString decoded(const QImage &label, const QRect &area)
     const QTemporaryDir folder;
     const QString file = folder.filePath("part.png");
     part.save(file);
-    QProcess scanner;
-    scanner.start("zbarimg", {"--quiet", "--nodbus", "--raw", file});
-    if (!scanner.waitForFinished(60000))
-        return scanner.errorString();
-    return QString::fromUtf8(scanner.readAllStandardOutput()).trimmed();
+    HostProcess scanner;
+    const bool started =
+        scanner.start("zbarimg", {"--quiet", "--nodbus", "--raw", HostProcess::path(file)});
+    if (!started || !scanner.waitForSuccess(60000))
+        return scanner.errors();
+    return QString::fromUtf8(scanner.readAll()).trimmed();
 }
 
 // Within so many dots on each side.

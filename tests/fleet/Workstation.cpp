@@ -1,5 +1,6 @@
 #include "Workstation.h"
 
+#include "SocketFacts.h"
 #include "TestNetwork.h"
 
 #include <QDateTime>
@@ -31,13 +32,15 @@ QJsonObject Workstation::Reply::object() const
 
 Workstation::Workstation() : nextId(0)
 {
-    const QNetworkInterface side = QNetworkInterface::interfaceFromName("veth-a");
-    if (!sender.bind(QHostAddress("10.77.0.1"), 0))
+    const char own[] = "10.77.0.1";
+    const QNetworkInterface side = TestNetwork::interface("veth-a");
+    if (!sender.bind(QHostAddress(own), 0))
         qFatal("no socket for requests");
     sender.setMulticastInterface(side);
-    if (!receiver.bind(group, 5999, QUdpSocket::ShareAddress)
+    const QString listening = SocketFacts::receiverAddress(own);
+    if (!receiver.bind(QHostAddress(listening), 5999, QUdpSocket::ShareAddress)
         || !receiver.joinMulticastGroup(group, side))
-        qFatal("no socket for replies");
+        qFatal("no socket for replies: %s", qPrintable(receiver.errorString()));
     receiver.setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 4 << 20);
     QObject::connect(&receiver, &QUdpSocket::readyRead, &receiver, [this] { read(); });
 }

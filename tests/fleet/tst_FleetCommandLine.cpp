@@ -1,5 +1,7 @@
 #include "FleetCommandLine.h"
 
+#include "FleetStream.h"
+
 #include <QTest>
 
 class tst_FleetCommandLine : public QObject
@@ -9,6 +11,7 @@ class tst_FleetCommandLine : public QObject
 private slots:
     void defaults();
     void everyOption();
+    void portOfStreams();
     void streamsThatCostNothing();
     void wrong_data();
     void wrong();
@@ -46,18 +49,16 @@ void tst_FleetCommandLine::defaults()
 void tst_FleetCommandLine::everyOption()
 {
     QCOMPARE(read({"--interface=eth0", "--count", "7", "--first-address", "10.0.0.5", "--first-mac",
-                 "AA:00:00:00:00:01", "--no-addresses", "--http-port", "8080", "--rtsp-port",
-                 "9000", "--spread", "2.5", "--spread-order", "random", "--restart-seconds", "0.5",
-                 "--dhcp-pool", "10.0.0.50-10.0.0.60", "--scenario", "s.json", "--journal", "-",
-                 "--sha256", "--seed", "99"}),
+                 "AA:00:00:00:00:01", "--no-addresses", "--http-port", "8080", "--spread", "2.5",
+                 "--spread-order", "random", "--restart-seconds", "0.5", "--dhcp-pool",
+                 "10.0.0.50-10.0.0.60", "--scenario", "s.json", "--journal", "-", "--sha256",
+                 "--seed", "99"}),
         FleetCommandLine::Good);
     QCOMPARE(options.count, 7);
     QCOMPARE(options.firstAddress, QHostAddress("10.0.0.5"));
     QCOMPARE(options.firstMac, quint64(0xAA0000000001));
     QVERIFY(!options.ownAddresses);
     QCOMPARE(options.httpPort, 8080);
-    QCOMPARE(options.rtspPortOf(0), 9000);
-    QCOMPARE(options.rtspPortOf(6), 9006);
     QCOMPARE(options.spreadSeconds, 2.5);
     QVERIFY(options.randomSpread);
     QCOMPARE(options.restartSeconds, 0.5);
@@ -67,6 +68,16 @@ void tst_FleetCommandLine::everyOption()
     QCOMPARE(options.journal, QString("-"));
     QVERIFY(options.sha256);
     QCOMPARE(options.seed, 99u);
+}
+
+void tst_FleetCommandLine::portOfStreams()
+{
+    const FleetCommandLine::Reading reading =
+        read({"--interface", "eth0", "--no-addresses", "--rtsp-port", "9000"});
+    QCOMPARE(options.rtspPortOf(0), 9000);
+    QCOMPARE(options.rtspPortOf(6), 9006);
+    QCOMPARE(reading == FleetCommandLine::Good, FleetStream::isAvailable());
+    QCOMPARE(text.contains("--rtsp-port: this build has no streams"), !FleetStream::isAvailable());
 }
 
 // Thousands of cameras have no streams unless they are asked for.

@@ -1,6 +1,8 @@
 #include "FleetLabelPrinter.h"
 #include "LabelBench.h"
 
+#include <QRegularExpression>
+
 #include <climits>
 
 // What the simulated label printer does with each call besides drawing: its journal, its settings,
@@ -533,13 +535,14 @@ void tst_FleetLabelCalls::changedWhileRunning()
 void tst_FleetLabelCalls::wrongFile_data()
 {
     QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<QString>("reason"); // a part
+    QTest::addColumn<QString>("reason"); // a pattern of a part
     QTest::newRow("no JSON") << QByteArray("{\n \"density\": }") << "line 2, column";
     QTest::newRow("no object") << QByteArray("[]") << "must be an object";
     QTest::newRow("unknown key") << QByteArray(R"({"port": []})") << "unknown key \"port\"";
     QTest::newRow("folder") << QByteArray(R"({"folder": 1})") << "\"folder\" must be a text";
-    QTest::newRow("folder that can't be") << QByteArray(R"({"folder": "/dev/null/labels"})")
-                                          << "can't make the folder /dev/null/labels";
+    QTest::newRow("folder that can't be")
+        << QByteArray(R"({"folder": "label-printer.json/labels"})")
+        << "can't make the folder .*/label-printer\\.json/labels";
     QTest::newRow("no density") << QByteArray(R"({"density": 0})") << "\"density\" must be";
     QTest::newRow("density text") << QByteArray(R"({"density": "8"})") << "\"density\" must be";
     QTest::newRow("ports") << QByteArray(R"({"ports": ["a", 1]})") << "\"ports\" must be";
@@ -567,7 +570,7 @@ void tst_FleetLabelCalls::wrongFile()
     QCOMPARE(lines.size(), 3); // told once
     const QString trouble = lines.first()["trouble"].toString();
     QVERIFY2(trouble.startsWith("label-printer.json: "), qPrintable(trouble));
-    QVERIFY2(trouble.contains(reason), qPrintable(trouble));
+    QVERIFY2(trouble.contains(QRegularExpression(reason)), qPrintable(trouble));
     QVERIFY(lines.first().contains("time"));
 }
 

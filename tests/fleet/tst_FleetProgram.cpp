@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QNetworkInterface>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTcpSocket>
 #include <QTest>

@@ -1,6 +1,7 @@
 #include "FleetProcess.h"
 #include "StreamViewer.h"
 #include "TestNetwork.h"
+#include "Turn.h"
 #include "Workstation.h"
 
 #include <QDateTime>
@@ -55,7 +56,7 @@ double share(const QVector<float> &samples, double hz, double samplesPerSecond)
 {
     double re = 0, im = 0, all = 0;
     for (int i = 0; i < samples.size(); ++i) {
-        const double turn = 2 * M_PI * hz * i / samplesPerSecond;
+        const double turn = wholeTurn * hz * i / samplesPerSecond;
         re += double(samples[i]) * std::cos(turn);
         im += double(samples[i]) * std::sin(turn);
         all += double(samples[i]) * double(samples[i]);

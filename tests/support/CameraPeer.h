@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QJsonObject>
 
+#include <memory>
+
 // The other end of the protocol with plain sockets and raw bytes: one camera that joined the group
 // on its address. Opened in the cameras' network or, as the tests of one machine need it, in ours.
 class CameraPeer
@@ -29,6 +31,6 @@ public:
     bool reply(const QJsonObject &object);
 
 private:
-    int requests;
-    int replies;
+    struct Sockets;
+    std::unique_ptr<Sockets> sockets;
 };

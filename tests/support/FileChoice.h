@@ -7,14 +7,22 @@
 #include <QLineEdit>
 #include <QtTest>
 
-// What an operator does in a file dialog, for a ModalDriver: goes to the file's folder, types its
-// name and presses Return.
+// Qt's own dialogs, as nobody can act on those that a system has in their place.
+inline const bool fileDialogsAreQts =
+    (QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs), true);
+
+// Goes to the file's folder and types its name there, which holds whatever the folder's list does
+// meanwhile. Returns the edit.
+inline QLineEdit *typeFile(QFileDialog &dialog, const QString &path)
+{
+    dialog.setDirectory(QFileInfo(path).path());
+    auto *name = dialog.findChild<QLineEdit *>("fileNameEdit");
+    name->setText(QFileInfo(path).fileName());
+    return name;
+}
+
+// What an operator does in a file dialog, for a ModalDriver.
 inline std::function<void(QFileDialog &)> chooses(const QString &path)
 {
-    return [path](QFileDialog &dialog) {
-        dialog.setDirectory(QFileInfo(path).path());
-        auto *name = dialog.findChild<QLineEdit *>("fileNameEdit");
-        name->setText(QFileInfo(path).fileName());
-        QTest::keyClick(name, Qt::Key_Return);
-    };
+    return [path](QFileDialog &dialog) { QTest::keyClick(typeFile(dialog, path), Qt::Key_Return); };
 }

@@ -20,7 +20,8 @@ void writeFile(const QString &path, const QByteArray &content)
 FleetProcess::FleetProcess(const QString &interface, int count, const QString &firstAddress)
 {
     addOptions({"--interface", interface, "--count", QString::number(count), "--first-address",
-        firstAddress, "--journal", folder.filePath("journal"), "--restart-seconds", "1"});
+        firstAddress, "--journal", HostProcess::path(folder.filePath("journal")),
+        "--restart-seconds", "1"});
 }
 
 FleetProcess::~FleetProcess()
@@ -43,42 +44,40 @@ void FleetProcess::setScenario(const QJsonObject &scenario)
 {
     const QString path = folder.filePath("scenario.json");
     writeFile(path, QJsonDocument(scenario).toJson());
-    addOptions({"--scenario", path});
+    addOptions({"--scenario", HostProcess::path(path)});
 }
 
 bool FleetProcess::start()
 {
     process.start(
         "nsenter", TestNetwork::atCameras(launcher + QStringList(VORLYN_FLEET) + options));
-    while (process.state() != QProcess::NotRunning) {
+    while (process.isRunning()) {
         if (process.canReadLine())
             return process.readLine().startsWith("READY");
-        if (!process.waitForReadyRead(20000))
+        if (!process.waitForReadyRead())
             break;
     }
-    qWarning("%s", process.readAllStandardError().constData());
+    qWarning("%s", process.errors().constData());
     return false;
 }
 
 bool FleetProcess::stop()
 {
-    if (process.state() == QProcess::NotRunning)
+    if (!process.isRunning())
         return true;
     process.terminate();
-    return process.waitForFinished(20000) && process.exitStatus() == QProcess::NormalExit
-        && process.exitCode() == 0;
+    return process.waitForSuccess();
 }
 
 bool FleetProcess::order(const QByteArray &line)
 {
-    process.write(line + '\n');
-    return process.waitForBytesWritten(20000);
+    return process.write(line + '\n');
 }
 
 void FleetProcess::endInput(const QByteArray &line)
 {
     process.write(line);
-    process.closeWriteChannel();
+    process.closeInput();
 }
 
 QVector<QJsonObject> FleetProcess::events(const QString &event) const

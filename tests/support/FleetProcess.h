@@ -1,7 +1,8 @@
 #pragma once
 
+#include "HostProcess.h"
+
 #include <QJsonObject>
-#include <QProcess>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <QVector>
@@ -41,11 +42,11 @@ public:
     QVector<QJsonObject> events(const QString &event) const;
     // The messages of one method as they came over the wire, in order.
     QVector<QJsonObject> requests(const QString &method) const;
-    QByteArray errors() { return process.readAllStandardError(); }
+    QByteArray errors() { return process.errors(); }
 
 private:
     QTemporaryDir folder;
     QStringList launcher;
     QStringList options;
-    QProcess process;
+    HostProcess process;
 };

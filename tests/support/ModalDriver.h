@@ -26,6 +26,8 @@ public:
 
     explicit ModalDriver(Action action, int timeout = 30000) : action(action), timeout(timeout)
     {
+        // The system's own file dialogs have no widgets to act on.
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
         clock.start();
         QObject::connect(&timer, &QTimer::timeout, &timer, [this] { poll(); });
         timer.start(5);

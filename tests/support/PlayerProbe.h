@@ -1,22 +1,17 @@
 #pragma once
 
 #include "MediaClip.h"
+#include "ThisProcess.h"
 #include "ZRPlayer.h"
 #include "ZRPlayerReader.h"
 #include "ZRVideoView.h"
 
 #include <QByteArrayList>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QMutex>
 #include <QThread>
 #include <QVector>
 #include <QWaitCondition>
-
-#include <unistd.h>
-
-#include <algorithm>
 
 // What a test puts around a player: an observer, a view, and a look into its queue and at the
 // process's threads. All may be asked from the test's thread while the player runs.
@@ -204,25 +199,6 @@ private:
     QVector<int> readerEvents;
 };
 
-namespace Process {
-
-// Names of the threads of this process, of which the system keeps 15 characters.
-inline QByteArrayList threads(const QByteArray &beginning = {})
-{
-    QByteArrayList names;
-    const QDir tasks("/proc/self/task");
-    for (const QString &id : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        QFile file(tasks.filePath(id + "/comm"));
-        if (!file.open(QIODevice::ReadOnly))
-            continue; // it has just ended
-        const QByteArray name = file.readAll().trimmed();
-        if (name.startsWith(beginning))
-            names.append(name);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 // The threads that a player has with these streams.
 inline QByteArrayList playerThreads(bool video, bool audio)
 {
@@ -235,14 +211,4 @@ inline QByteArrayList playerThreads(bool video, bool audio)
     if (video)
         names.append("ZRPlayerRenderV");
     return names;
-}
-
-// Mebibytes.
-inline double residentSet()
-{
-    QFile file("/proc/self/statm");
-    file.open(QIODevice::ReadOnly);
-    return file.readAll().split(' ').value(1).toDouble() * sysconf(_SC_PAGESIZE) / 1048576;
-}
-
 }

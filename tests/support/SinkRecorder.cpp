@@ -1,5 +1,7 @@
 #include "SinkRecorder.h"
 
+#include "Turn.h"
+
 #include <QElapsedTimer>
 
 #include <cmath>
@@ -21,7 +23,7 @@ double power(const float *samples)
 // One bin of a discrete Fourier transform over the window.
 double amplitudeIn(const float *samples, double hertz)
 {
-    const double step = 2 * M_PI * hertz / SinkRecorder::rate;
+    const double step = wholeTurn * hertz / SinkRecorder::rate;
     std::complex<double> sum;
     for (int i = 0; i < SinkRecorder::window; ++i)
         sum += double(samples[i]) * std::polar(1.0, -step * i);
@@ -32,7 +34,7 @@ double amplitudeIn(const float *samples, double hertz)
 
 SinkRecorder::SinkRecorder(const QString &sink)
 {
-    QObject::connect(&process, &QProcess::readyReadStandardOutput, &process, [this] { read(); });
+    QObject::connect(&process, &HostProcess::readyRead, &process, [this] { read(); });
     process.start("parec",
         {"--device=" + sink + ".monitor", "--raw", "--format=float32le", "--channels=1",
             QString("--rate=%1").arg(rate), "--latency-msec=20"});
@@ -41,8 +43,7 @@ SinkRecorder::SinkRecorder(const QString &sink)
     // A sink's monitor gives silence too.
     while (samples.isEmpty()) {
         if (!process.waitForReadyRead(patience) || waited.elapsed() > patience)
-            qFatal(
-                "can't hear %s: %s", qPrintable(sink), process.readAllStandardError().constData());
+            qFatal("can't hear %s: %s", qPrintable(sink), process.errors().constData());
         read();
     }
 }
@@ -50,8 +51,6 @@ SinkRecorder::SinkRecorder(const QString &sink)
 SinkRecorder::~SinkRecorder()
 {
     process.disconnect();
-    process.kill();
-    process.waitForFinished(patience);
 }
 
 void SinkRecorder::restart()
@@ -81,13 +80,13 @@ double SinkRecorder::purity(double hertz)
 
 void SinkRecorder::choose(const QString &sink)
 {
-    if (QProcess::execute("pactl", {"set-default-sink", sink}) != 0)
+    if (!HostProcess::run("pactl", {"set-default-sink", sink}))
         qFatal("there is no sink %s", qPrintable(sink));
 }
 
 void SinkRecorder::read()
 {
-    rest += process.readAllStandardOutput();
+    rest += process.readAll();
     const int count = rest.size() / int(sizeof(float));
     const int old = samples.size();
     samples.resize(old + count);

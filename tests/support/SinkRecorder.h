@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QProcess>
+#include "HostProcess.h"
+
 #include <QString>
 #include <QVector>
 
@@ -34,7 +35,7 @@ private:
     void read();
     const float *loudest();
 
-    QProcess process;
+    HostProcess process;
     QByteArray rest; // of a sample
     QVector<float> samples;
 };

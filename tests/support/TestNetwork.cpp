@@ -1,18 +1,10 @@
 #include "TestNetwork.h"
 
-#include <QProcess>
+#include "HostProcess.h"
+
 #include <QtEndian>
 
 namespace TestNetwork {
-
-static bool runProgram(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(program, arguments);
-    return process.waitForFinished() && process.exitStatus() == QProcess::NormalExit
-        && process.exitCode() == 0;
-}
 
 QStringList atCameras(const QStringList &command)
 {
@@ -23,17 +15,27 @@ bool run(const QString &command)
 {
     QStringList words = command.split(' ');
     const QString program = words.takeFirst();
-    return runProgram(program, words);
+    return HostProcess::run(program, words);
 }
 
 bool runAtCameras(const QString &command)
 {
-    return runProgram("nsenter", atCameras(command.split(' ')));
+    return HostProcess::run("nsenter", atCameras(command.split(' ')));
+}
+
+bool inWine()
+{
+    return qEnvironmentVariableIsSet("VORLYN_TEST_DOOR");
 }
 
 QNetworkInterface interface(const QString &name)
 {
-    return QNetworkInterface::interfaceFromName(name);
+    // On Windows a name is one of its own, and the one that "ip" gave is the human one.
+    for (const QNetworkInterface &found : QNetworkInterface::allInterfaces()) {
+        if (found.humanReadableName() == name)
+            return found;
+    }
+    return QNetworkInterface();
 }
 
 QNetworkAddressEntry entry(const QString &ip)

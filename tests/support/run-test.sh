@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# run-test.sh [--display] [--network] [--sound] [--printing] -- COMMAND...
+# run-test.sh [--display] [--network] [--sound] [--printing] [--wine] -- COMMAND...
 # Runs one test program with what it needs, takes it all down again and ends with its status.
 #   --display  a screen of its own (scripts/lib/display.sh)
 #   --network  a private network, made afresh (scripts/lib/network.sh). VORLYN_TEST_CAMERA_PID
@@ -8,34 +8,42 @@
 #   --sound    a sound server of its own (scripts/lib/sound.sh)
 #   --printing a print server of its own (scripts/lib/printing.sh). VORLYN_TEST_PRINT_FOLDER is
 #              where each printed job becomes a file NUMBER.pdf.
+#   --wine     the command is a Windows program, run under Wine (scripts/lib/wine.sh), with a display.
+#              VORLYN_TEST_DOOR is how it starts programs outside of Wine (door.py).
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 . "$here/../../scripts/lib/network.sh"
 . "$here/../../scripts/lib/display.sh"
 . "$here/../../scripts/lib/sound.sh"
 . "$here/../../scripts/lib/printing.sh"
+. "$here/../../scripts/lib/wine.sh"
 
 arguments=("$@")
-display= network= sound= printing=
+display= network= sound= printing= wine=
 while [ $# -gt 0 ]; do
     case $1 in
         --display) display=1 ;;
         --network) network=1 ;;
         --sound) sound=1 ;;
         --printing) printing=1 ;;
+        --wine) wine=1 display=1 ;;
         --) shift; break ;;
         *) echo "run-test.sh: unknown option $1" >&2; exit 2 ;;
     esac
     shift
 done
-# The print server can't start in the network's user namespace: the rest runs inside of its life.
+# The print server can't start in a user namespace: the rest runs inside of its life.
 [ -z "${VORLYN_TEST_PRINT_FOLDER:-}" ] || printing=
-[ -n "$printing" ] || [ -z "$network" ] || enter_network "$0" "${arguments[@]}"
+if [ -z "$printing" ]; then
+    [ -z "$wine" ] || enter_wine "$0" "${arguments[@]}"
+    [ -z "$network" ] || enter_network "$0" "${arguments[@]}"
+fi
 
 work=$(mktemp -d)
-camera= display_pids= sound_pid= printing_pid=
+camera= display_pids= sound_pid= printing_pid= door_pid=
 finish() {
-    local pids="$camera $display_pids $sound_pid $printing_pid" pid
+    local pids="$camera $display_pids $sound_pid $printing_pid $door_pid" pid
+    end_wine
     for pid in $pids; do kill "$pid" 2>/dev/null || true; done
     for pid in $pids; do wait "$pid" 2>/dev/null || true; done
     rm -rf "$work"
@@ -54,5 +62,14 @@ if [ -n "$network" ]; then
 fi
 [ -z "$display" ] || make_display "$work"
 [ -z "$sound" ] || make_sound "$work"
+if [ -n "$wine" ]; then
+    make_wine "$work"
+    python3 "$here/door.py" "$work/door" &
+    door_pid=$!
+    await test -e "$work/door"
+    VORLYN_TEST_DOOR=$(cat "$work/door")
+    export VORLYN_TEST_DOOR
+    set -- wine "$@"
+fi
 
 "$@"

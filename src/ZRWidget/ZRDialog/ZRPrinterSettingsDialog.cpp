@@ -78,6 +78,8 @@ void ZRPrinterSettingsDialog::addPrinters(const QString &saved)
 {
     const QStringList names = QPrinterInfo::availablePrinterNames();
     printerCombo->addItems(names);
+    if (names.isEmpty())
+        return; // where Windows has no default printer, Qt reads its name from anywhere
     for (const QString &name : {saved, QPrinterInfo::defaultPrinterName()}) {
         if (names.contains(name)) {
             printerCombo->setCurrentIndex(names.indexOf(name));

@@ -1,5 +1,6 @@
 #include "ZRPrinterSettingsDialog.h"
 
+#include "DefaultPrinter.h"
 #include "ModalDriver.h"
 #include "SettingsFile.h"
 #include "ZRLabel.h"
@@ -260,11 +261,9 @@ void tst_ZRPrinterSettingsDialog::choosesThePrinter()
     QFETCH(QString, saved);
     QFETCH(QString, preferred);
     settings.write({{"printer name", saved}});
-    qputenv("LPDEST", preferred.toUtf8());
-    const bool known = QPrinterInfo::availablePrinterNames().contains(preferred);
-    QCOMPARE(QPrinterInfo::defaultPrinterName(), known ? preferred : QString());
+    QVERIFY(setDefaultPrinter(preferred));
     const TestedDialog dialog;
-    qunsetenv("LPDEST");
+    QVERIFY(setDefaultPrinter(QString()));
     QTEST(dialog.combo()->currentText(), "chosen");
 }
 

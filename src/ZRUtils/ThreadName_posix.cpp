@@ -1,0 +1,4 @@
+#include "ThreadName.h"
+
+// QThread has done it.
+void ThreadName::set(const QString & /*name*/) { }

@@ -1,0 +1,151 @@
+#include <QDir>
+#include <QFile>
+#include <QtTest>
+
+#include <windows.h>
+
+// What Windows reads of the program files without running them.
+class tst_ProgramFiles : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void manifest_data() { programs(); }
+    void manifest();
+    void icon_data() { programs(); }
+    void icon();
+    void version_data() { programs(); }
+    void version();
+    void versionTexts_data() { programs(); }
+    void versionTexts();
+    void withoutConsole_data() { programs(); }
+    void withoutConsole();
+
+private:
+    void programs();
+};
+
+namespace {
+
+// A program file as data.
+class ProgramFile
+{
+public:
+    ProgramFile() :
+        name(QString(QTest::currentDataTag()) + ".exe"),
+        path(QDir::toNativeSeparators(QDir(VORLYN_PROGRAMS).filePath(name)).toStdWString()),
+        module(LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE))
+    { }
+    ~ProgramFile() { FreeLibrary(module); }
+
+    QByteArray resource(LPCWSTR id, LPCWSTR type) const
+    {
+        const HRSRC found = FindResourceW(module, id, type);
+        if (!found)
+            return QByteArray();
+        const auto *bytes = static_cast<const char *>(LockResource(LoadResource(module, found)));
+        return QByteArray(bytes, int(SizeofResource(module, found)));
+    }
+
+    QByteArray versionBlock() const
+    {
+        QByteArray block(int(GetFileVersionInfoSizeW(path.c_str(), nullptr)), '\0');
+        const bool read = GetFileVersionInfoW(path.c_str(), 0, DWORD(block.size()), block.data());
+        return read ? block : QByteArray();
+    }
+
+    const QString name;
+    const std::wstring path;
+    const HMODULE module;
+};
+
+QString versionText(const QByteArray &block, const QString &name)
+{
+    const std::wstring path = ("\\StringFileInfo\\040904b0\\" + name).toStdWString();
+    void *text = nullptr;
+    UINT length = 0;
+    if (!VerQueryValueW(block.constData(), path.c_str(), &text, &length))
+        return QString();
+    return QString::fromWCharArray(static_cast<const wchar_t *>(text));
+}
+
+}
+
+void tst_ProgramFiles::programs()
+{
+    QTest::addColumn<QString>("description");
+    QTest::newRow("VorlynIPTool") << "Vorlyn IPTool";
+    QTest::newRow("VorlynBench") << "Vorlyn Bench";
+}
+
+void tst_ProgramFiles::manifest()
+{
+    const ProgramFile file;
+    const QByteArray manifest = file.resource(CREATEPROCESS_MANIFEST_RESOURCE_ID, RT_MANIFEST);
+    QVERIFY2(manifest.contains("level=\"requireAdministrator\""), manifest);
+    QVERIFY2(manifest.contains("version=\"2.2.6.0\""), manifest);
+}
+
+void tst_ProgramFiles::icon()
+{
+    const ProgramFile file;
+    QVERIFY(!file.resource(L"IDI_ICON1", RT_GROUP_ICON).isEmpty());
+    for (int side : {16, 32, 48, 256}) {
+        HICON icon = nullptr;
+        const UINT found =
+            PrivateExtractIconsW(file.path.c_str(), 0, side, side, &icon, nullptr, 1, 0);
+        QCOMPARE(found, 1u);
+        ICONINFO info = {};
+        BITMAP bitmap = {};
+        QVERIFY(GetIconInfo(icon, &info));
+        QVERIFY(GetObjectW(info.hbmColor, sizeof bitmap, &bitmap));
+        QCOMPARE(int(bitmap.bmWidth), side);
+        DeleteObject(info.hbmColor);
+        DeleteObject(info.hbmMask);
+        DestroyIcon(icon);
+    }
+}
+
+void tst_ProgramFiles::version()
+{
+    const QByteArray block = ProgramFile().versionBlock();
+    void *info = nullptr;
+    UINT length = 0;
+    QVERIFY(VerQueryValueW(block.constData(), L"\\", &info, &length));
+    const auto *fixed = static_cast<const VS_FIXEDFILEINFO *>(info);
+    QCOMPARE(quint32(fixed->dwFileVersionMS), 2u << 16 | 2u);
+    QCOMPARE(quint32(fixed->dwFileVersionLS), 6u << 16);
+    QCOMPARE(fixed->dwProductVersionMS, fixed->dwFileVersionMS);
+    QCOMPARE(fixed->dwProductVersionLS, fixed->dwFileVersionLS);
+}
+
+void tst_ProgramFiles::versionTexts()
+{
+    QFETCH(QString, description);
+    const ProgramFile file;
+    const QByteArray block = file.versionBlock();
+    QCOMPARE(versionText(block, "CompanyName"), QString("Vorlyn"));
+    QCOMPARE(versionText(block, "ProductName"), QString("Vorlyn IPTool"));
+    QCOMPARE(versionText(block, "FileDescription"), description);
+    QCOMPARE(versionText(block, "FileVersion"), QString("2.2.6"));
+    QCOMPARE(versionText(block, "ProductVersion"), QString("2.2.6"));
+    QCOMPARE(versionText(block, "OriginalFilename"), file.name);
+}
+
+void tst_ProgramFiles::withoutConsole()
+{
+    const ProgramFile program;
+    QFile file(QString::fromStdWString(program.path));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.read(4096);
+    const auto *dos = reinterpret_cast<const IMAGE_DOS_HEADER *>(bytes.constData());
+    QCOMPARE(int(dos->e_magic), IMAGE_DOS_SIGNATURE);
+    const auto *headers =
+        reinterpret_cast<const IMAGE_NT_HEADERS64 *>(bytes.constData() + dos->e_lfanew);
+    QCOMPARE(quint32(headers->Signature), quint32(IMAGE_NT_SIGNATURE));
+    QCOMPARE(int(headers->FileHeader.Machine), IMAGE_FILE_MACHINE_AMD64);
+    QCOMPARE(int(headers->OptionalHeader.Subsystem), IMAGE_SUBSYSTEM_WINDOWS_GUI);
+}
+
+QTEST_GUILESS_MAIN(tst_ProgramFiles)
+#include "tst_ProgramFiles.moc"
