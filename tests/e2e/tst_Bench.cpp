@@ -131,7 +131,9 @@ QByteArray tst_Bench::savedLog(const QString &name)
         "1", path, "key", "Return"};
     if (!press("saveLogButton") || !answer(keys) || !program->awaitWindows(1))
         return QByteArray();
-    QFile file(path);
+    QFile file(path); // comes all at once, behind the dialog's end
+    if (!QTest::qWaitFor([&] { return file.exists(); }, 20000))
+        qWarning("no file %s", qPrintable(path));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
