@@ -97,12 +97,17 @@ source_of() {
     [ -n "$found" ] && echo "$found"
 }
 
-# The cross compiler by its plain names, whichever the system prefers: threads are posix ones.
+# The cross compiler by its plain names, whichever the system prefers: threads are posix ones, and no
+# library tells where its sources lay.
 name_compiler() {
     local tool
     mkdir -p "$cache/bin"
     for tool in gcc g++; do
-        ln -sf "$(command -v "$host-$tool-posix")" "$cache/bin/$host-$tool"
+        cat >"$cache/bin/$host-$tool" <<SCRIPT
+#!/bin/sh
+exec "$(command -v "$host-$tool-posix")" "-ffile-prefix-map=$cache=." "\$@"
+SCRIPT
+        chmod +x "$cache/bin/$host-$tool"
     done
 }
 
@@ -225,6 +230,7 @@ build_ffmpeg() { # PREFIX [OPTION...]
         --disable-debug --disable-everything --disable-autodetect --enable-w32threads \
         --disable-avdevice --disable-avfilter --disable-postproc --enable-network \
         $ffmpeg_parts "${@:2}"
+    mend config.h 's/--prefix=[^ ]* //' # it can be asked for at run time
     make -j"$(nproc)"
     make install
 }

@@ -50,7 +50,7 @@ lay_out_windows() { # BUILD FOLDER VERSION
     add_imports "$2" "$2"/*.exe "$simulation/WINPSK.dll"
     add_plugins "$2"
     find "$2" \( -name '*.exe' -o -name '*.dll' \) -exec "$host-strip" -p {} +
-    check_no_folders "$2" "$root" "$1"
+    check_no_folders "$2" "$root" "$1" "$cache"
     add_licences "$2"
     fill_text "$root/packaging/label-printer-simulation.txt" LIBRARY=WINPSK.dll >"$simulation/README.txt"
     fill_text "$root/packaging/README.windows.txt" VERSION="$3" >"$2/README.txt"

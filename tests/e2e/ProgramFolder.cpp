@@ -66,9 +66,12 @@ QStringList ProgramFolder::windows() const
 
 bool ProgramFolder::awaitWindows(int count) const
 {
-    const auto come = [&] { return windows().size() == count; };
-    const auto over = [&] { return process.state() == QProcess::NotRunning || come(); };
-    return QTest::qWaitFor(over, patience) && come();
+    bool come = false; // kept, as a window that was seen may be gone by now
+    const auto over = [&] {
+        come = windows().size() == count;
+        return come || process.state() == QProcess::NotRunning;
+    };
+    return QTest::qWaitFor(over, patience) && come;
 }
 
 QStringList ProgramFolder::log() const

@@ -260,7 +260,7 @@ void tst_Bench::folderOfChineseName()
 {
     program.reset(new ProgramFolder("VorlynBench", QString::fromUtf8("用户/生产 1")));
     QVERIFY(program->isValid());
-    SettingsFile(program->path()).write({{"search seconds", 1}}); // Chinese, as at first
+    SettingsFile(program->path()).write({{"search seconds", 2}}); // Chinese, as at first
     QFile file(program->filePath("language/cn.txt"));
     QVERIFY(file.open(QIODevice::ReadWrite));
     const QByteArray texts = file.readAll();

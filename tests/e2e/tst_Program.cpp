@@ -88,7 +88,7 @@ void tst_Program::firstRun()
 
 void tst_Program::renameByMouseAndKeyboard()
 {
-    SettingsFile(program->path()).write({{"langage", "en"}, {"search seconds", 1}});
+    SettingsFile(program->path()).write({{"langage", "en"}, {"search seconds", 2}});
     QVERIFY(program->start());
     const QSize size = Hands::sizeOf(program->mainWindow());
     const int panelTop = size.height() - 401;

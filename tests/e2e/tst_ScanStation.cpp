@@ -113,7 +113,7 @@ void tst_ScanStation::init()
     const QFileInfo library(QStringLiteral(WINPSK_LIBRARY));
     QVERIFY(QFile::copy(library.filePath(), program->filePath(library.fileName())));
     SettingsFile(program->path())
-        .write({{"langage", "en"}, {"search seconds", 1}, {"printer name", "POSTEK G6000"},
+        .write({{"langage", "en"}, {"search seconds", 2}, {"printer name", "POSTEK G6000"},
             {"label padding left", 1.5}});
 }
 
