@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# windows.sh          builds the programs for 64-bit Windows and packs them:
+# windows.sh          builds the programs for 64-bit Windows and their tests, and packs the programs:
 #                     build/packages/VorlynIPTool-VERSION-win64.zip
-# windows.sh --test   builds them and their tests and runs those under Wine, with the cameras outside
-#                     of Wine; arguments that follow go to ctest
+# windows.sh --test   also runs the tests under Wine, with the cameras outside of Wine; arguments that
+#                     follow go to ctest
 # What they need (Qt, FFmpeg, libqrencode for Windows) is built once, from the distribution's source
 # packages, in the folder $VORLYN_WINDOWS_CACHE (default: vorlyn-windows in the user's cache folder).
 # VORLYN_NATIVE_BUILD names a build folder of this system's whose vorlyn-fleet serves the tests;
@@ -28,26 +28,30 @@ build_native() {
     cmake --preset release
     cmake --build --preset release --target vorlyn-fleet camera-peer
 }
+# Whole programs, then functions that were skipped.
 list_left_out() {
+    local build=$root/build/windows
     echo "Not run under Wine:"
-    sed 's/^/  /' "$root/build/windows/not-on-windows.txt"
+    sed 's/^/  /' "$build/not-on-windows.txt"
+    tr -d '\r' <"$build/Testing/Temporary/LastTest.log" | sed -n 's/^SKIP *: */  /p'
 }
 
 cd "$root"
 # shellcheck disable=SC2086 # lists of names
-step packages install_packages $build_packages $kit_packages zip
+step packages install_packages $build_packages $kit_packages $pack_packages $wine_packages
 make_windows_kit
 native=${VORLYN_NATIVE_BUILD:-$root/build/release}
 step configure configure
-if [ -z "$test" ]; then
-    step build cmake --build --preset windows --target VorlynIPTool VorlynBench WINPSK LanguageFiles
-    step pack pack_windows
-    exit
-fi
+step build cmake --build --preset windows
+step pack pack_windows
+tail -n 1 "$cache/logs/pack.log" # which file
+[ -n "$test" ] || exit 0
+
 # shellcheck disable=SC2086 # lists of names
 step test-packages install_packages $run_packages $screen_packages $sound_packages \
-    $printing_packages $wine_packages
+    $printing_packages
 [ -n "${VORLYN_NATIVE_BUILD:-}" ] || step fleet build_native
-step build-with-tests cmake --build --preset windows
+status=0
+ctest --preset windows "$@" || status=$?
 list_left_out
-ctest --preset windows "$@"
+exit $status

@@ -6,8 +6,11 @@ built_version() { # BUILD
     sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$1/CMakeCache.txt"
 }
 
-# The time of all files in a package, so that the same sources give the same package.
-source_time() { echo "${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct)}"; }
+# The time of all files in a package, so that the same sources give the same package; without the
+# sources' history it is the present one.
+source_time() {
+    echo "${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct 2>/dev/null || date +%s)}"
+}
 
 fail() {
     echo "$*" >&2

@@ -3,7 +3,7 @@
 # of the tree, in $VORLYN_WINDOWS_CACHE, and each part is built once: a run that was stopped goes on
 # where it ended. FFmpeg is there twice, as tests also encode: kit/test has the encoders.
 
-cache=${VORLYN_WINDOWS_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/vorlyn-windows}
+cache=$(realpath -m "${VORLYN_WINDOWS_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/vorlyn-windows}")
 kit=$cache/kit
 host=x86_64-w64-mingw32
 kit_packages="g++-mingw-w64-x86-64-posix mingw-w64-tools libz-mingw-w64-dev nasm g++ make cmake ninja-build \
@@ -23,13 +23,16 @@ qt_folders="tools/bootstrap tools/moc tools/rcc tools/tracegen tools/uic tools/q
 
 # step NAME COMMAND...: runs it and tells how long it took; what it says is kept for a failure.
 step() {
-    local name=$1 log=$cache/logs/$1.log start=$SECONDS
+    local name=$1 log=$cache/logs/$1.log start=$SECONDS status
     shift
     mkdir -p "$cache/logs"
     printf '%-28s' "$name"
     # Not as a condition, which would let it go on after a failure.
-    ( set -e; "$@" ) >"$log" 2>&1 &
-    if ! wait $!; then
+    set +e
+    ( set -e; "$@" ) >"$log" 2>&1
+    status=$?
+    set -e
+    if [ $status -ne 0 ]; then
         echo " failed after $((SECONDS - start)) s, see $log:"
         tail -n 20 "$log"
         exit 1
@@ -37,12 +40,13 @@ step() {
     printf ' %5d s\n' $((SECONDS - start))
 }
 
-# once NAME COMMAND...: a step that isn't run again.
+# once NAME COMMAND...: a step that isn't run again, unless the command is another one.
 once() {
-    [ ! -e "$cache/done/$1" ] || return 0
+    local stamp=$cache/done/$1
+    [ "${*:2}" != "$(cat "$stamp" 2>/dev/null)" ] || return 0
     step "$@"
     mkdir -p "$cache/done"
-    touch "$cache/done/$1"
+    echo "${*:2}" >"$stamp"
 }
 
 # mend FILE EXPRESSION: an expression of sed that must change something.
@@ -72,28 +76,35 @@ list_sources() {
     release=$(. /etc/os-release && echo "$VERSION_CODENAME")
     mkdir -p "$cache/apt/lists" "$cache/apt/state/partial" "$cache/apt/cache/archives/partial"
     cat /etc/apt/sources.list /etc/apt/sources.list.d/*.list 2>/dev/null |
-        sed -n "s/^deb \(.* $release.*\)/deb-src \1/p" >"$cache/apt/lists/lines.list"
-    awk -v RS= -v ORS='\n\n' "/Suites:[^\n]*$release/" /etc/apt/sources.list.d/*.sources 2>/dev/null |
-        sed 's/^Types:.*/Types: deb-src/' >"$cache/apt/lists/stanzas.sources" || true
+        sed -n "/-backports/d; s/^deb \(.* $release.*\)/deb-src \1/p" >"$cache/apt/lists/lines.list"
+    awk -v RS= -v ORS='\n\n' "/Suites:[^\n]*$release/ && !/Enabled: *no/" \
+        /etc/apt/sources.list.d/*.sources 2>/dev/null |
+        sed "s/^Types:.*/Types: deb-src/; s/ *$release-backports[^ ]*//" \
+            >"$cache/apt/lists/stanzas.sources" || true
     source_apt update
 }
 
-# Unpacks the source packages below $cache/src.
+# Unpacks the source packages below $cache/src and mends them; stopped half-way it begins anew.
 fetch_sources() {
+    local sources=$cache/src.part # for source_of
     list_sources
-    mkdir -p "$cache/src"
-    cd "$cache/src"
+    rm -rf "$sources" "$cache/src"
+    mkdir -p "$sources"
+    cd "$sources"
     source_apt source qtbase-opensource-src qtmultimedia-opensource-src qtsvg-opensource-src \
         ffmpeg x264 x265
-    # The distribution's own part of it is missing on mirrors; nothing of that is needed.
+    # Nothing of the distribution's own part of it is needed.
     source_apt --tar-only --download-only source qrencode
     tar xf qrencode_*.orig.tar.*
+    mend_qtbase
+    mend_qtsvg
+    mv "$sources" "$cache/src"
 }
 
 # The folder that a source package became.
 source_of() {
     local found
-    found=$(find "$cache/src" -maxdepth 1 -type d -name "$1-[0-9]*" | sort -V | tail -n 1)
+    found=$(find "${sources:-$cache/src}" -maxdepth 1 -type d -name "$1-[0-9]*" | sort -V | tail -n 1)
     [ -n "$found" ] && echo "$found"
 }
 
@@ -101,6 +112,7 @@ source_of() {
 # library tells where its sources lay.
 name_compiler() {
     local tool
+    rm -rf "$cache/bin"
     mkdir -p "$cache/bin"
     for tool in gcc g++; do
         cat >"$cache/bin/$host-$tool" <<SCRIPT
@@ -128,9 +140,8 @@ mend_qtbase() {
     mend mkspecs/common/gcc-base.conf 's/-O3/-O2/' # half again as fast to build
 }
 
-configure_qtbase() {
-    # shellcheck disable=SC2086 # a list of options
-    "$(source_of qtbase-opensource-src)/configure" $qt_configuration -prefix "$kit" -hostprefix "$kit"
+configure_qtbase() { # OPTION...
+    "$(source_of qtbase-opensource-src)/configure" "$@" -prefix "$kit" -hostprefix "$kit"
     make sub-src-qmake_all
 }
 
@@ -155,8 +166,8 @@ CONF
 
 build_qtbase() {
     local folder
-    once mend-qtbase mend_qtbase
-    once configure-qtbase in_folder "$cache/build/qtbase" configure_qtbase
+    # shellcheck disable=SC2086 # a list of options
+    once configure-qtbase in_folder "$cache/build/qtbase" configure_qtbase $qt_configuration
     for folder in $qt_folders; do
         once "qtbase-${folder//\//-}" in_folder "$cache/build/qtbase/src" build_qt_folder "$folder"
     done
@@ -181,7 +192,7 @@ build_multimedia() {
 }
 
 # The cross compiler's zlib: the kit's Qt keeps its own to itself.
-mend_svg() {
+mend_qtsvg() {
     mend "$(source_of qtsvg-opensource-src)/src/svg/svg.pro" \
         's/^    QT_PRIVATE += zlib-private/    LIBS_PRIVATE += -lz/'
 }
@@ -215,21 +226,20 @@ ffmpeg_parts="--enable-protocol=file,pipe,data,http,rtp,udp,tcp \
     --enable-decoder=adpcm_g726le,pcm_s16le,pcm_s16be,pcm_u8,pcm_alaw,pcm_mulaw \
     --enable-parser=h264,hevc,mpeg4video,mjpeg,aac,aac_latm,mpegaudio,opus \
     --enable-dxva2 --enable-hwaccel=h264_dxva2,hevc_dxva2 \
-    --enable-bsf=h264_mp4toannexb,hevc_mp4toannexb,aac_adtstoasc,extract_extradata,h264_metadata,hevc_metadata"
+    --enable-bsf=h264_mp4toannexb,hevc_mp4toannexb,aac_adtstoasc,extract_extradata,h264_metadata,hevc_metadata \
+    --enable-bsf=dca_core"
 # And what tests make their clips with.
 ffmpeg_test_parts="--enable-gpl --enable-libx264 --enable-libx265 \
     --enable-encoder=libx264,libx265,aac,pcm_alaw,pcm_mulaw --enable-muxer=mp4,matroska,mpegts,rtp \
-    --enable-demuxer=matroska,srt --enable-decoder=ayuv,rawvideo,dca,text,subrip \
-    --enable-bsf=dca_core"
+    --enable-demuxer=matroska,srt --enable-decoder=ayuv,rawvideo,dca,text,subrip"
 
-build_ffmpeg() { # PREFIX [OPTION...]
-    # shellcheck disable=SC2086 # a list of options
+build_ffmpeg() { # PREFIX OPTION...
     PKG_CONFIG_LIBDIR="$kit/test/lib/pkgconfig" "$(source_of ffmpeg)/configure" --prefix="$1" \
         --enable-cross-compile --cross-prefix=$host- --arch=x86_64 --target-os=mingw32 \
         --pkg-config=pkg-config --enable-shared --disable-static --disable-programs --disable-doc \
         --disable-debug --disable-everything --disable-autodetect --enable-w32threads \
         --disable-avdevice --disable-avfilter --disable-postproc --enable-network \
-        $ffmpeg_parts "${@:2}"
+        "${@:2}"
     mend config.h 's/--prefix=[^ ]* //' # it can be asked for at run time
     make -j"$(nproc)"
     make install
@@ -246,20 +256,26 @@ build_part() { # NAME COMMAND...: once, in its own build folder
     once "$1" in_folder "$cache/build/$1" "${@:2}"
 }
 
-windows_kit_is_there() { [ -e "$cache/done/qtsvg" ]; } # its last part
+# What the kit consists of, told once all of it is there.
+kit_options() { echo "$qt_configuration $qt_folders $ffmpeg_parts $ffmpeg_test_parts"; }
+windows_kit_is_there() { [ "$(kit_options)" = "$(cat "$cache/done/kit" 2>/dev/null)" ]; }
 
 make_windows_kit() {
+    mkdir -p "$cache"
+    exec 7>"$cache/lock"
+    flock 7 # one at a time
     once name-compiler name_compiler
     PATH=$cache/bin:$PATH
     once fetch-sources fetch_sources
     build_part qrencode build_qrencode
-    build_part ffmpeg build_ffmpeg "$kit"
+    # shellcheck disable=SC2086 # lists of options
+    build_part ffmpeg build_ffmpeg "$kit" $ffmpeg_parts
     build_part x264 build_x264
     build_part x265 build_x265
-    # shellcheck disable=SC2086 # a list of options
-    build_part ffmpeg-test build_ffmpeg "$kit/test" $ffmpeg_test_parts
+    # shellcheck disable=SC2086 # lists of options
+    build_part ffmpeg-test build_ffmpeg "$kit/test" $ffmpeg_parts $ffmpeg_test_parts
     build_qtbase
     build_part qtmultimedia build_multimedia
-    once mend-qtsvg mend_svg
     build_part qtsvg build_svg
+    kit_options >"$cache/done/kit"
 }

@@ -37,22 +37,26 @@ of_kit() { # FOLDER LIBRARIES SOURCE LICENCE TEXT...
     entry "$1" "$2" "$3" "$(kit_version "$3")" "$4" "${texts[@]/#/$source/}"
 }
 
-# What comes with the cross compiler, in the distribution's packages.
-of_compiler() { # FOLDER LIBRARIES LICENCE [TEXT...]
+# What is a file of the distribution's packages.
+of_package() { # FOLDER FILES LICENCE FILE [TEXT...]
     local package source version of
-    package=$(dpkg-query -S "$(find_library "${2%% *}")" | sed 's/:.*//')
+    package=$(dpkg-query -S "$4" | sed 's/:.*//')
     read -r source version of <<<"$(dpkg-query -W \
         -f '${source:Package} ${source:Version} ${Built-Using}' "$package")"
     entry "$1" "$2" "$source" "$version${of:+, with $of}" "$3" \
-        "/usr/share/doc/$package/copyright" "${@:4}"
+        "/usr/share/doc/$package/copyright" "${@:5}"
+}
+
+of_compiler() { # FOLDER LIBRARIES LICENCE [TEXT...]
+    of_package "$1" "$2" "$3" "$(find_library "${2%% *}")" "${@:4}"
 }
 
 index_head() {
     cat <<END
 The libraries that the programs come with, and their licences. The sources are source packages of
 $(. /etc/os-release && echo "$PRETTY_NAME"). The libraries were built from them with the changes and
-settings of scripts/lib/windows-kit.sh in the programs' own source, but for those of gcc-mingw-w64 and
-mingw-w64, which are the distribution's. Each may be replaced by another build of it.
+settings of scripts/lib/windows-kit.sh in the programs' own source, but for those of gcc-mingw-w64,
+mingw-w64 and qttranslations, which are the distribution's. Each may be replaced by another build of it.
 END
 }
 
@@ -68,6 +72,9 @@ index_entries() { # FOLDER
     python3 "$root/scripts/lib/qt-licences.py" "$(source_of $qt)" "$1/licenses/$qt" $qt
     of_kit "$1" "av*.dll sw*.dll" ffmpeg "$lgpl2" COPYING.LGPLv2.1 LICENSE.md
     of_kit "$1" libqrencode.dll qrencode "$lgpl2" COPYING
+    of_package "$1" "translations/*.qm" \
+        "GNU General Public License, version 3, with the Qt Company GPL Exception 1.0" \
+        "$chinese_texts" /usr/share/common-licenses/GPL-3
     of_compiler "$1" "libstdc++-6.dll libgcc_s_seh-1.dll" \
         "GNU General Public License, version 3, with the GCC Runtime Library Exception, version 3.1" \
         /usr/share/common-licenses/GPL-3

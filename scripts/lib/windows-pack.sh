@@ -3,6 +3,8 @@
 . "$root/scripts/lib/packing.sh"
 . "$root/scripts/lib/windows-licences.sh"
 
+pack_packages="zip qttranslations5-l10n"
+chinese_texts=/usr/share/qt5/translations/qtbase_zh_CN.qm # of Qt's own dialogs and menus
 plugins="audio/*.dll imageformats/*.dll platforms/qwindows.dll printsupport/*.dll styles/*.dll"
 # Part of every Windows from 7 on.
 system_libraries="advapi32.dll bcrypt.dll comdlg32.dll crypt32.dll d3d11.dll d3d9.dll dnsapi.dll \
@@ -22,9 +24,10 @@ find_library() { # NAME
 
 # Copies what the programs import into the folder, and what that imports.
 add_imports() { # FOLDER PROGRAM...
-    local folder=$1 program name file
+    local folder=$1 program names name file
     for program in "${@:2}"; do
-        for name in $(imports "$program"); do
+        names=$(imports "$program")
+        for name in $names; do
             if [ -e "$folder/$name" ] || of_system "$name"; then continue; fi
             file=$(find_library "$name") ||
                 fail "$program needs $name, which is neither Windows' nor in $kit/bin"
@@ -49,6 +52,7 @@ lay_out_windows() { # BUILD FOLDER VERSION
     cmake --install "$1" --prefix "$2" --component programs
     add_imports "$2" "$2"/*.exe "$simulation/WINPSK.dll"
     add_plugins "$2"
+    install -Dt "$2/translations" -m 644 "$chinese_texts"
     find "$2" \( -name '*.exe' -o -name '*.dll' \) -exec "$host-strip" -p {} +
     check_no_folders "$2" "$root" "$1" "$cache"
     add_licences "$2"
@@ -59,7 +63,7 @@ lay_out_windows() { # BUILD FOLDER VERSION
 
 # Packs into the folder OUT and says which file it made.
 pack_windows() ( # [BUILD [OUT]]
-    set -e # in a $(...) too
+    set -eo pipefail # in a $(...) too
     build=${1:-$root/build/windows} out=${2:-$packages}
     version=$(built_version "$build")
     name=VorlynIPTool-$version
