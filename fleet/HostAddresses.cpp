@@ -84,6 +84,16 @@ bool HostAddresses::add(const QVector<HostAddress> &addresses, QString *error)
     return good;
 }
 
+QString HostAddresses::failure(
+    Change change, const QString &interface, const HostAddress &address, const QString &reason)
+{
+    return QString(QLatin1String(change == Change::Add ? "can't add %1/%2 to %3: %4"
+                                                       : "can't remove %1/%2 from %3: %4"))
+        .arg(address.ip.toString())
+        .arg(address.prefixLength)
+        .arg(interface, reason);
+}
+
 bool HostAddresses::remove(const QHostAddress &ip, QString *error)
 {
     const auto found = std::find_if(

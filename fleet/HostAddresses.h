@@ -37,6 +37,9 @@ private:
     enum class Change { Add, Remove };
     static bool change(Change change, const QString &interface,
         const QVector<HostAddress> &addresses, QString *error);
+    // "can't add 10.77.0.11/24 to eth0: " and why.
+    static QString failure(
+        Change change, const QString &interface, const HostAddress &address, const QString &reason);
 
     bool restore(const QVector<HostAddress> &wanted, QString *error);
 

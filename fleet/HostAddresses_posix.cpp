@@ -21,14 +21,10 @@ bool HostAddresses::change(
     Change change, const QString &interface, const QVector<HostAddress> &addresses, QString *error)
 {
     const bool adding = change == Change::Add;
-    const QString what = QStringLiteral("%1 %2/%3 %4 %5")
-                             .arg(QLatin1String(adding ? "can't add" : "can't remove"))
-                             .arg(addresses.first().ip.toString())
-                             .arg(addresses.first().prefixLength)
-                             .arg(QLatin1String(adding ? "to" : "from"), interface);
     const QString program = findIp();
     if (program.isEmpty()) {
-        *error = what + QStringLiteral(": the program \"ip\" of iproute2 was not found");
+        *error = failure(change, interface, addresses.first(),
+            QStringLiteral("the program \"ip\" of iproute2 was not found"));
         return false;
     }
     QByteArray lines;
@@ -48,6 +44,7 @@ bool HostAddresses::change(
         && process.exitCode() == 0)
         return true;
     const QString reason = QString::fromLocal8Bit(process.readAll()).simplified();
-    *error = what + QStringLiteral(": ") + (reason.isEmpty() ? process.errorString() : reason);
+    *error = failure(
+        change, interface, addresses.first(), reason.isEmpty() ? process.errorString() : reason);
     return false;
 }

@@ -1,6 +1,7 @@
 #include "HostAddresses.h"
 
 #include <QElapsedTimer>
+#include <QNetworkAddressEntry>
 #include <QProcess>
 #include <QThread>
 #include <QUdpSocket>
@@ -9,9 +10,13 @@ namespace {
 
 constexpr int longestWaitMs = 60000;
 
-QString netmask(int prefixLength)
+// Empty when there is none of this length.
+QString netmask(const HostAddress &address)
 {
-    return QHostAddress(quint32(0xffffffffull << (32 - prefixLength))).toString();
+    QNetworkAddressEntry entry;
+    entry.setIp(address.ip);
+    entry.setPrefixLength(address.prefixLength);
+    return entry.netmask().toString();
 }
 
 QStringList netshArguments(bool adding, const QString &interface, const HostAddress &address)
@@ -21,7 +26,7 @@ QStringList netshArguments(bool adding, const QString &interface, const HostAddr
         QStringLiteral("name=") + interface, QStringLiteral("address=") + address.ip.toString(),
         QStringLiteral("store=active")};
     if (adding) {
-        arguments << QStringLiteral("mask=") + netmask(address.prefixLength)
+        arguments << QStringLiteral("mask=") + netmask(address)
                   << QStringLiteral("skipassource=true");
     }
     return arguments;
@@ -62,9 +67,7 @@ bool HostAddresses::change(
 {
     const bool adding = change == Change::Add;
     const auto complain = [&](const HostAddress &address, const QString &reason) {
-        *error = QStringLiteral("can't %1 %2 on %3: %4")
-                     .arg(QLatin1String(adding ? "add" : "remove"), address.ip.toString(),
-                         interface, reason);
+        *error = failure(change, interface, address, reason);
         return false;
     };
     for (const HostAddress &address : addresses) {

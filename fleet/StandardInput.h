@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QObject>
 
 // Standard input as lines on the event loop. One a process. Its end, or none to begin with, ends
@@ -19,4 +20,10 @@ public:
 signals:
     // Without its end; never empty.
     void line(const QByteArray &text);
+
+private:
+    // What was read; nothing at the input's end.
+    Q_INVOKABLE void take(const QByteArray &bytes);
+
+    QByteArray rest;
 };

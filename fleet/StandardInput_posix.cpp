@@ -28,24 +28,14 @@ StandardInput::StandardInput(QObject *parent) : QObject(parent)
     // In the background of a terminal, reading then fails instead of stopping the program.
     std::signal(SIGTTIN, SIG_IGN);
     auto *notifier = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this,
-        [this, notifier, rest = QByteArray()]() mutable {
-            char bytes[4096];
-            const ssize_t count = read(STDIN_FILENO, bytes, sizeof bytes);
-            if (count < 0 && isPassing(errno))
-                return;
-            if (count > 0)
-                rest.append(bytes, int(count));
-            else
-                rest.append('\n'); // the last line may lack it
-            notifier->setEnabled(count > 0);
-            for (int end = rest.indexOf('\n'); end >= 0; end = rest.indexOf('\n')) {
-                const QByteArray text = rest.left(end).trimmed();
-                rest.remove(0, end + 1);
-                if (!text.isEmpty())
-                    emit line(text);
-            }
-        });
+    connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
+        char bytes[4096];
+        const ssize_t count = read(STDIN_FILENO, bytes, sizeof bytes);
+        if (count < 0 && isPassing(errno))
+            return;
+        notifier->setEnabled(count > 0);
+        take(QByteArray(bytes, int(qMax<ssize_t>(count, 0))));
+    });
 }
 
 StandardInput::~StandardInput()

@@ -1,8 +1,8 @@
 #include "StandardInput.h"
 
-#include <iostream>
+#include <windows.h>
+
 #include <mutex>
-#include <string>
 #include <thread>
 
 namespace {
@@ -11,22 +11,26 @@ std::mutex mutex;
 StandardInput *receiver = nullptr; // null when there is none any more
 
 // False when nobody listens any more.
-bool hand(const QByteArray &text)
+bool hand(const QByteArray &bytes)
 {
     const std::lock_guard<std::mutex> lock(mutex);
-    if (receiver && !text.isEmpty())
-        QMetaObject::invokeMethod(receiver, "line", Qt::QueuedConnection, Q_ARG(QByteArray, text));
+    if (receiver)
+        QMetaObject::invokeMethod(receiver, "take", Qt::QueuedConnection, Q_ARG(QByteArray, bytes));
     return receiver != nullptr;
 }
 
-// Blocks in the system's call, so nobody waits for it.
-void readLines()
+// Blocks in the system's call, so nobody waits for it. A call of the C library's would keep its
+// lock of the input, which the end of the program waits for.
+void readInput()
 {
-    std::string text;
-    while (std::getline(std::cin, text)) {
-        if (!hand(QByteArray::fromStdString(text).trimmed()))
+    char bytes[4096];
+    DWORD count = 0;
+    const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+    while (ReadFile(input, bytes, sizeof bytes, &count, nullptr) && count > 0) {
+        if (!hand(QByteArray(bytes, int(count))))
             return;
     }
+    hand(QByteArray());
 }
 
 }
@@ -37,7 +41,7 @@ void StandardInput::claim() { }
 StandardInput::StandardInput(QObject *parent) : QObject(parent)
 {
     receiver = this;
-    std::thread(readLines).detach();
+    std::thread(readInput).detach();
 }
 
 StandardInput::~StandardInput()

@@ -65,12 +65,9 @@ check_source() { # FILE
         "${definitions[@]}" "${texts[@]}" -I "$work" "${includes[@]}" "$1"
 }
 
-# The files that it takes in as they are before CMake fills in the version.
+# The manifest that it takes in as it is before CMake fills in name and version.
 check_script() { # FILE
-    local file
-    for file in "${1%/*}"/*.manifest.in; do
-        cp "$file" "$work/$(basename "$file" .in)"
-    done
+    cp "${1%.rc}.manifest.in" "$work/Program.manifest"
     x86_64-w64-mingw32-windres -I "$work" -D VORLYN_PROGRAM=Program -D VORLYN_TITLE=Title \
         -D VORLYN_VERSION=1.2.3 -D VORLYN_VERSION_NUMBERS=1,2,3,0 "$1" -O coff "$work/resource.o"
 }

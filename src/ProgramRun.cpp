@@ -9,6 +9,22 @@
 #include <QApplication>
 #include <QWidget>
 
+#include <memory>
+
+namespace {
+
+// Deleting the window stops the network. Qt's texts go after it, as the log is still open.
+int runWindow(QWidget *(*makeWindow)())
+{
+    const QtTexts qtTexts;
+    QApplication::setWindowIcon(applicationIcon());
+    const std::unique_ptr<QWidget> window(makeWindow());
+    window->show();
+    return QApplication::exec();
+}
+
+}
+
 int runProgram(int argc, char *argv[], QWidget *(*makeWindow)())
 {
     // Each application object gets a copy of argc of its own.
@@ -21,15 +37,8 @@ int runProgram(int argc, char *argv[], QWidget *(*makeWindow)())
     initGolbals();
     qDebug("WSA(%d, %d) = %d", sockets.highVersion, sockets.version, sockets.result);
 
-    const QtTexts qtTexts;
-    QApplication::setWindowIcon(applicationIcon());
-    QWidget *window = makeWindow();
-    window->show();
-    const int result = application.exec();
-
-    // Deleting the window stops the network. It and the SDK can still log, and the socket layer
-    // ends after the last socket.
-    delete window;
+    const int result = runWindow(makeWindow);
+    // The SDK can still log, and the socket layer ends after the last socket.
     VorlynSDK::destroyInstance();
     ZRLog::shutdown();
     SocketLayer::stop();

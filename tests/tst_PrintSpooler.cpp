@@ -1,8 +1,7 @@
 #include "PrintSpooler.h"
 
-#include "HostProcess.h"
 #include "PostekFakes.h"
-#include "TestNetwork.h"
+#include "QueueSwitch.h"
 
 #include <QPrinterInfo>
 #include <QtTest>
@@ -25,7 +24,7 @@ private slots:
     void systemDoesNotFindAsciiNames_data();
     void systemDoesNotFindAsciiNames();
     void systemFindsNamesOfWideLetters();
-    void stoppedQueueIsOffline();
+    void queueOutOfUse();
 };
 
 namespace {
@@ -40,11 +39,6 @@ QString wideName()
     for (int i = name.size(); i > 0; --i)
         name.insert(i, QChar(0));
     return name;
-}
-
-bool control(const QString &command)
-{
-    return HostProcess::run(command, {queueName});
 }
 }
 Q_DECLARE_METATYPE(Resolution)
@@ -184,15 +178,13 @@ void tst_PrintSpooler::systemFindsNamesOfWideLetters()
     QCOMPARE(dotSize, SET_DOT_SIZE);
 }
 
-void tst_PrintSpooler::stoppedQueueIsOffline()
+void tst_PrintSpooler::queueOutOfUse()
 {
-    if (TestNetwork::inWine())
-        QSKIP("Wine doesn't tell which queues are stopped");
     double dotSize = before;
-    QVERIFY(control("cupsdisable"));
-    const int stopped = getPrinterStatus(wideName(), &dotSize);
-    QVERIFY(control("cupsenable"));
-    QCOMPARE(stopped, 1);
+    QVERIFY(switchQueue(queueName, false));
+    const int status = getPrinterStatus(wideName(), &dotSize);
+    QVERIFY(switchQueue(queueName, true));
+    QCOMPARE(status, 1);
     QCOMPARE(dotSize, SET_DOT_SIZE);
     QCOMPARE(getPrinterStatus(wideName(), &dotSize), 0);
 }

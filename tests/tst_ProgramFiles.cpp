@@ -1,5 +1,6 @@
 #include <QDir>
 #include <QFile>
+#include <QXmlStreamReader>
 #include <QtTest>
 
 #include <windows.h>
@@ -59,6 +60,42 @@ public:
     const HMODULE module;
 };
 
+// %1 is the program's name.
+const char expectedManifest[] = R"(
+asm.v1:assembly manifestVersion=1.0
+  asm.v1:assemblyIdentity type=win32 name=%1 version=2.2.6.0
+  asm.v3:trustInfo
+    asm.v3:security
+      asm.v3:requestedPrivileges
+        asm.v3:requestedExecutionLevel level=requireAdministrator uiAccess=false
+  compatibility.v1:compatibility
+    compatibility.v1:application
+      compatibility.v1:supportedOS Id={35138b9a-5d96-4fbd-8e2d-a2440225f93a}
+      compatibility.v1:supportedOS Id={4a2f28e3-53b9-4441-ba9c-d69d4a4a6e38}
+      compatibility.v1:supportedOS Id={1f676c76-80e1-4239-95bb-83d0f6d0da78}
+      compatibility.v1:supportedOS Id={8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a})";
+
+// The elements, each on a line below the one it stands in, with the end of its namespace; or why
+// the manifest can't be read.
+QString manifestText(const QByteArray &xml)
+{
+    QString text;
+    int depth = 0;
+    QXmlStreamReader reader(xml);
+    while (!reader.atEnd()) {
+        const QXmlStreamReader::TokenType token = reader.readNext();
+        if (token == QXmlStreamReader::EndElement)
+            --depth;
+        if (token != QXmlStreamReader::StartElement)
+            continue;
+        const QString space = reader.namespaceUri().toString().remove("urn:schemas-microsoft-com:");
+        text += '\n' + QString(2 * depth++, ' ') + space + ':' + reader.name().toString();
+        for (const QXmlStreamAttribute &attribute : reader.attributes())
+            text += ' ' + attribute.name().toString() + '=' + attribute.value().toString();
+    }
+    return reader.hasError() ? reader.errorString() : text;
+}
+
 QString versionText(const QByteArray &block, const QString &name)
 {
     const std::wstring path = ("\\StringFileInfo\\040904b0\\" + name).toStdWString();
@@ -81,14 +118,16 @@ void tst_ProgramFiles::programs()
 void tst_ProgramFiles::manifest()
 {
     const ProgramFile file;
+    QVERIFY(file.module);
+    const QString name = QString(QTest::currentDataTag()).replace("Vorlyn", "Vorlyn.");
     const QByteArray manifest = file.resource(CREATEPROCESS_MANIFEST_RESOURCE_ID, RT_MANIFEST);
-    QVERIFY2(manifest.contains("level=\"requireAdministrator\""), manifest);
-    QVERIFY2(manifest.contains("version=\"2.2.6.0\""), manifest);
+    QCOMPARE(manifestText(manifest), QString(expectedManifest).arg(name));
 }
 
 void tst_ProgramFiles::icon()
 {
     const ProgramFile file;
+    QVERIFY(file.module);
     QVERIFY(!file.resource(L"IDI_ICON1", RT_GROUP_ICON).isEmpty());
     for (int side : {16, 32, 48, 256}) {
         HICON icon = nullptr;
@@ -130,6 +169,7 @@ void tst_ProgramFiles::versionTexts()
     QCOMPARE(versionText(block, "FileVersion"), QString("2.2.6"));
     QCOMPARE(versionText(block, "ProductVersion"), QString("2.2.6"));
     QCOMPARE(versionText(block, "OriginalFilename"), file.name);
+    QCOMPARE(versionText(block, "InternalName"), QString(QTest::currentDataTag()));
 }
 
 void tst_ProgramFiles::withoutConsole()

@@ -1,7 +1,7 @@
 #include "QtTexts.h"
 
-#include <QDataStream>
-#include <QFile>
+#include "QtTextsFile.h"
+
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -36,31 +36,9 @@ QString shown()
     return QCoreApplication::translate("QFileDialog", source);
 }
 
-quint32 hashOf(const char *text)
-{
-    quint32 hash = 0;
-    for (; *text; ++text) {
-        hash = (hash << 4) + uchar(*text);
-        const quint32 high = hash & 0xf0000000;
-        hash = (hash ^ (high >> 24)) & ~high;
-    }
-    return hash;
-}
-
-// A file of Qt's form for compiled texts, with the one text in it.
 void writeFile(const QString &folder, const QString &text)
 {
-    QByteArray message;
-    QDataStream fields(&message, QIODevice::WriteOnly);
-    fields << quint8(3) << text << quint8(6) << source << quint8(7) << "QFileDialog" << quint8(1);
-
-    QVERIFY(QDir().mkpath(folder));
-    QFile file(folder + "/qtbase_zh_CN.qm");
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray::fromHex("3cb86418caef9c95cd211cbf60a1bddd"));
-    QDataStream parts(&file);
-    parts << quint8(0x42) << quint32(8) << hashOf(source) << quint32(0);
-    parts << quint8(0x69) << message;
+    QVERIFY(writeQtTexts(folder, source, text));
 }
 }
 

@@ -33,6 +33,7 @@ REGEDIT4
 
 [HKEY_CURRENT_USER\Software\Wine\Fonts\Replacements]
 "Tahoma"="DejaVu Sans"
+"Arial"="Liberation Sans"
 "Arial Narrow"="Liberation Sans Narrow"
 "Segoe UI"="DejaVu Sans"
 "SimSun"="WenQuanYi Micro Hei"

@@ -65,6 +65,25 @@ void leaveGroup(int &socket, const QByteArray &ip)
     discard(socket);
 }
 
+// Of a thread that may be about to open its socket. Returns the one that it has, or 0.
+int wake(int socket)
+{
+    if (socket != 0)
+        MulticastSocket::wake(socket);
+    return socket;
+}
+
+// Of a thread that has ended. It may have opened its socket after it was asked to stop.
+void closeLast(int socket, int woken)
+{
+    if (socket <= 0)
+        return;
+    if (socket == woken)
+        MulticastSocket::release(socket);
+    else
+        MulticastSocket::close(socket);
+}
+
 // Errors that leave the socket as it is: none named, and those of a call that would have blocked.
 bool isPassing(int error)
 {
@@ -73,19 +92,17 @@ bool isPassing(int error)
 
 }
 
-VorlynSDKSendThread::VorlynSDKSendThread(VorlynSDK *sdk) : socket(0), sdk(sdk) { }
+VorlynSDKSendThread::VorlynSDKSendThread(VorlynSDK *sdk) : socket(0), sdk(sdk), woken(0) { }
 
 VorlynSDKSendThread::~VorlynSDKSendThread()
 {
-    if (socket > 0)
-        MulticastSocket::release(socket);
+    closeLast(socket, woken);
 }
 
 void VorlynSDKSendThread::stop()
 {
     ZRThread::stop();
-    if (socket != 0)
-        MulticastSocket::wake(socket);
+    woken = wake(socket);
 }
 
 void VorlynSDKSendThread::run()
@@ -136,19 +153,17 @@ bool VorlynSDKSendThread::sendRequest(const QJsonObject &request)
     return false;
 }
 
-VorlynSDKRecvThread::VorlynSDKRecvThread(VorlynSDK *sdk) : socket(0), sdk(sdk) { }
+VorlynSDKRecvThread::VorlynSDKRecvThread(VorlynSDK *sdk) : socket(0), sdk(sdk), woken(0) { }
 
 VorlynSDKRecvThread::~VorlynSDKRecvThread()
 {
-    if (socket > 0)
-        MulticastSocket::release(socket);
+    closeLast(socket, woken);
 }
 
 void VorlynSDKRecvThread::stop()
 {
     ZRThread::stop();
-    if (socket != 0)
-        MulticastSocket::wake(socket);
+    woken = wake(socket);
 }
 
 void VorlynSDKRecvThread::run()

@@ -30,6 +30,7 @@ private:
     int socket; // 0 when closed
     QString ip; // the address of the interface
     VorlynSDK *sdk;
+    int woken; // the socket that stop() found, or 0; the owner's alone
 };
 
 // Puts the replies that are meant for this workstation on the reply queue.
@@ -49,4 +50,5 @@ private:
 
     int socket; // 0 when closed
     VorlynSDK *sdk;
+    int woken; // as above
 };

@@ -4,12 +4,17 @@
 
 #include <windows.h>
 
-// The call is younger than the oldest Windows that Qt runs on.
+// The call is younger than the oldest Windows that Qt runs on; the first that had it, had it in the
+// second library alone.
 void ThreadName::set(const QString &name)
 {
     using SetDescription = HRESULT(WINAPI *)(HANDLE, PCWSTR);
-    const auto setDescription = reinterpret_cast<SetDescription>(reinterpret_cast<void *>(
-        GetProcAddress(GetModuleHandleW(L"kernel32"), "SetThreadDescription")));
-    if (setDescription)
-        setDescription(GetCurrentThread(), reinterpret_cast<PCWSTR>(name.utf16()));
+    for (const wchar_t *library : {L"kernel32", L"kernelbase"}) {
+        const auto setDescription = reinterpret_cast<SetDescription>(reinterpret_cast<void *>(
+            GetProcAddress(GetModuleHandleW(library), "SetThreadDescription")));
+        if (setDescription) {
+            setDescription(GetCurrentThread(), reinterpret_cast<PCWSTR>(name.utf16()));
+            return;
+        }
+    }
 }

@@ -4,6 +4,7 @@
 #include "SocketLayer.h"
 #include "VorlynProtocol.h"
 #include "VorlynSDK.h"
+#include "VorlynSDKThreads.h"
 
 #include <QMap>
 #include <QMutex>
@@ -15,6 +16,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 
 using namespace VorlynProtocol;
 
@@ -40,11 +42,22 @@ private slots:
     void socketLayer_data();
     void socketLayer();
     void networkFromStartToStop();
+    void receiverEndsFirst_data();
+    void receiverEndsFirst();
+    void stopWhileTheSocketIsMade_data();
+    void stopWhileTheSocketIsMade();
     void failedSetUp_data();
     void failedSetUp();
     void noSocket();
+    void failedSendKeepsTheSocket_data() { passingErrors(); }
     void failedSendKeepsTheSocket();
+    void failedReceiveKeepsTheSocket_data() { passingErrors(); }
     void failedReceiveKeepsTheSocket();
+    void otherErrorsMakeANewSocket_data();
+    void otherErrorsMakeANewSocket();
+
+private:
+    void passingErrors();
 };
 
 namespace {
@@ -69,15 +82,31 @@ public:
     {
         QMutexLocker lock(&mutex);
         calls.clear();
-        results.clear();
+        answers.clear();
         datagrams.clear();
         sockets = 100;
+        held = false;
     }
 
-    void answer(const QString &function, int result = SOCKET_ERROR)
+    void answer(const QString &function, int result = SOCKET_ERROR, int error = 0)
     {
         QMutexLocker lock(&mutex);
-        results[function] = result;
+        answers[function] = {result, error};
+    }
+
+    // The function succeeds again.
+    void withdraw(const QString &function)
+    {
+        QMutexLocker lock(&mutex);
+        answers.remove(function);
+    }
+
+    // While it is on, socket() doesn't return.
+    void holdSockets(bool on)
+    {
+        QMutexLocker lock(&mutex);
+        held = on;
+        changed.wakeAll();
     }
 
     void arrive(const QByteArray &datagram)
@@ -93,14 +122,23 @@ public:
         return calls;
     }
 
-    // The calls on the socket that is bound to this endpoint; %1 is its number.
-    QStringList notedOf(const QString &name) const
+    int countOf(const QString &call) const { return noted().filter(call).size(); }
+
+    // The numbers of the sockets that were bound to this endpoint, in that order.
+    QStringList socketsOf(const QString &name) const
     {
-        const QStringList all = noted();
-        const QString number =
-            all.filter(name).filter("bind(").value(0).section('(', 1).section(',', 0, 0);
+        QStringList numbers;
+        for (const QString &call : noted().filter(name).filter("bind("))
+            numbers.append(call.section('(', 1).section(',', 0, 0));
+        return numbers;
+    }
+
+    // The calls on one of these sockets; %1 is its number.
+    QStringList notedOf(const QString &name, int which = 0) const
+    {
+        const QString number = socketsOf(name).value(which);
         QStringList found;
-        for (const QString &call : all) {
+        for (const QString &call : noted()) {
             const QString arguments = call.section('(', 1);
             if (arguments.startsWith(number + ',') || arguments == number + ')')
                 found.append(QString(call).replace('(' + number, "(%1"));
@@ -112,8 +150,11 @@ public:
     {
         QMutexLocker lock(&mutex);
         calls.append(call);
+        const int result = answers.contains("socket") ? answers["socket"].result : ++sockets;
+        while (held)
+            changed.wait(&mutex);
         WSASetLastError(WSAEMFILE);
-        return results.value("socket", ++sockets);
+        return result;
     }
 
     // `name` is what an answer is looked up under.
@@ -122,22 +163,26 @@ public:
         QMutexLocker lock(&mutex);
         calls.append(call);
         changed.wakeAll();
-        const int result = results.value(name, success);
-        WSASetLastError(result < 0 ? WSAEINVAL : 0);
-        return result;
+        const Answer answer = answers.value(name, {success, 0});
+        WSASetLastError(answer.result < 0 ? WSAEINVAL : 0);
+        errno = answer.error;
+        return answer.result;
     }
 
     int receive(const QString &call, int socket, char *buffer, int size)
     {
         QMutexLocker lock(&mutex);
         calls.append(call);
-        if (results.contains("recvfrom")) {
+        if (answers.contains("recvfrom")) {
             changed.wait(&mutex, 1); // the caller tries again at once
             WSASetLastError(WSAEINVAL);
-            return results["recvfrom"];
+            errno = answers["recvfrom"].error;
+            return answers["recvfrom"].result;
         }
         while (datagrams.isEmpty()) {
             if (calls.contains(QStringLiteral("closesocket(%1)").arg(socket))) {
+                changed.wait(&mutex, 100); // so that a call is seen that doesn't wait for this end
+                calls.append(QStringLiteral("end of recvfrom(%1)").arg(socket));
                 WSASetLastError(WSAEINTR);
                 return SOCKET_ERROR;
             }
@@ -149,12 +194,18 @@ public:
     }
 
 private:
+    struct Answer {
+        int result;
+        int error; // in errno
+    };
+
     mutable QMutex mutex;
     QWaitCondition changed;
     QStringList calls;
-    QMap<QString, int> results;
+    QMap<QString, Answer> answers;
     QList<QByteArray> datagrams;
     int sockets = 100;
+    bool held = false;
 };
 
 Winsock winsock;
@@ -261,7 +312,16 @@ void request()
     VorlynSDK::instance()->setDeviceColor(VorlynDevice(), true); // doesn't wait
 }
 
+using ThreadMaker = ZRThread *(*)();
+
+template <class Thread> ZRThread *makeThread()
+{
+    return new Thread(VorlynSDK::instance());
 }
+
+}
+
+Q_DECLARE_METATYPE(ThreadMaker)
 
 REPLACE_IMPORT(socket, noteSocket);
 REPLACE_IMPORT(bind, noteBind);
@@ -435,7 +495,7 @@ void tst_WinsockCalls::networkFromStartToStop()
     // The group is left with the socket, not before.
     QCOMPARE(winsock.notedOf(receiverName),
         QStringList({"bind(%1, " + receiverName + ", 16)", joining, timing, "recvfrom(%1, 2048, 0)",
-            "closesocket(%1)"}));
+            "closesocket(%1)", "end of recvfrom(%1)"}));
     QStringList sender = winsock.notedOf(senderName);
     QCOMPARE(sender.size(), 5);
     QVERIFY(sender[3].startsWith("sendto(%1, "));
@@ -450,26 +510,102 @@ void tst_WinsockCalls::networkFromStartToStop()
     QCOMPARE(log.count("setsockopt SO_SNDTIMEO 1:0 -> 0"), 2);
 }
 
+void tst_WinsockCalls::receiverEndsFirst_data()
+{
+    QTest::addColumn<bool>("destroy");
+
+    QTest::newRow("stopNetwork") << false;
+    QTest::newRow("destroyInstance") << true;
+}
+
+// The sender is left alone until the receiver's thread has ended.
+void tst_WinsockCalls::receiverEndsFirst()
+{
+    QFETCH(bool, destroy);
+    const Network network;
+    request();
+    QTRY_VERIFY(winsock.countOf("sendto(") == 1 && winsock.countOf("recvfrom(") == 1);
+    if (destroy)
+        VorlynSDK::destroyInstance();
+    else
+        VorlynSDK::instance()->stopNetwork();
+
+    const QString receiver = winsock.socketsOf(receiverName).first();
+    const QString sender = winsock.socketsOf(senderName).first();
+    QCOMPARE(winsock.noted().filter(QRegularExpression("^(closesocket|end of)")),
+        QStringList({"closesocket(" + receiver + ')', "end of recvfrom(" + receiver + ')',
+            "closesocket(" + sender + ')'}));
+}
+
+void tst_WinsockCalls::stopWhileTheSocketIsMade_data()
+{
+    QTest::addColumn<ThreadMaker>("make");
+    QTest::addColumn<bool>("afterFailure");
+
+    QTest::newRow("sender") << ThreadMaker(makeThread<VorlynSDKSendThread>) << false;
+    QTest::newRow("receiver") << ThreadMaker(makeThread<VorlynSDKRecvThread>) << false;
+    QTest::newRow("sender, second trial") << ThreadMaker(makeThread<VorlynSDKSendThread>) << true;
+    QTest::newRow("receiver, second trial") << ThreadMaker(makeThread<VorlynSDKRecvThread>) << true;
+}
+
+// stop() finds no socket to close, or the number -1 of one that could not be made, and then there
+// is one after all: it goes with the thread.
+void tst_WinsockCalls::stopWhileTheSocketIsMade()
+{
+    QFETCH(ThreadMaker, make);
+    QFETCH(bool, afterFailure);
+    QStringList closed;
+    VorlynSDK::createInstance();
+    std::unique_ptr<ZRThread> thread(make());
+    if (afterFailure) {
+        winsock.answer("socket");
+        thread->start();
+        QTRY_COMPARE(winsock.countOf("socket("), 1);
+        winsock.holdSockets(true);
+        winsock.withdraw("socket");
+        closed.append("closesocket(-1)");
+    } else {
+        winsock.holdSockets(true);
+        thread->start();
+    }
+    QTRY_COMPARE(winsock.countOf("socket("), afterFailure ? 2 : 1);
+    thread->stop();
+    winsock.holdSockets(false);
+    thread->wait();
+    thread.reset();
+    VorlynSDK::destroyInstance();
+    QCOMPARE(winsock.countOf("bind(101, "), 1);
+    closed.append("closesocket(101)");
+    QCOMPARE(winsock.noted().filter("closesocket("), closed);
+}
+
 void tst_WinsockCalls::failedSetUp_data()
 {
     QTest::addColumn<QString>("failing");
-    QTest::addColumn<QStringList>("calls");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QStringList>("calls"); // after the bind
     QTest::addColumn<QString>("line");
 
-    const QString binding = "bind(%1, " + receiverName + ", 16)";
-    QTest::newRow("bind") << "bind" << QStringList({binding, "closesocket(%1)"})
-                          << "bind socket port 5999 failure";
-    QTest::newRow("join") << "option 12" << QStringList({binding, joining, "closesocket(%1)"})
-                          << "setsockopt ZR_IP_ADD_MEMBERSHIP 239.255.255.250, 10.77.0.1 failure";
-    QTest::newRow("time limit") << "option 4101"
-                                << QStringList({binding, joining, timing, "closesocket(%1)"})
-                                << "setsockopt SO_SNDTIMEO 1:0 failure";
+    const QStringList end = {"closesocket(%1)"};
+    QTest::newRow("bind") << "bind" << receiverName << end << "bind socket port 5999 failure";
+    QTest::newRow("bind of the sender")
+        << "bind" << senderName << end << "bind socket port 0 failure";
+    const QString joinLine = "setsockopt ZR_IP_ADD_MEMBERSHIP 239.255.255.250, 10.77.0.1 failure";
+    QTest::newRow("join") << "option 12" << receiverName << QStringList(joining) + end << joinLine;
+    QTest::newRow("join of the sender")
+        << "option 12" << senderName << QStringList(joining) + end << joinLine;
+    const QString timeLine = "setsockopt SO_SNDTIMEO 1:0 failure";
+    const QStringList joinAndTime = {joining, timing};
+    QTest::newRow("time limit") << "option 4101" << receiverName << joinAndTime + end << timeLine;
+    QTest::newRow("time limit of the sender")
+        << "option 4101" << senderName << joinAndTime + end << timeLine;
 }
 
 // A socket that can't be set up is closed once, and made anew a second later.
 void tst_WinsockCalls::failedSetUp()
 {
     QFETCH(QString, failing);
+    QFETCH(QString, name);
     QFETCH(QStringList, calls);
     QFETCH(QString, line);
     winsock.answer(failing);
@@ -478,10 +614,10 @@ void tst_WinsockCalls::failedSetUp()
     clock.start();
     {
         const Network network;
-        QTRY_VERIFY(winsock.noted().count("socket(2, 2, 0)") >= 4);
+        QTRY_VERIFY(winsock.socketsOf(name).size() >= 2);
         QVERIFY(clock.elapsed() >= 950);
     }
-    QCOMPARE(winsock.notedOf(receiverName), calls);
+    QCOMPARE(winsock.notedOf(name), QStringList("bind(%1, " + name + ", 16)") + calls);
     QVERIFY(log.count(line) >= 2);
     QCOMPARE(winsock.noted().filter(", 13, ").size(), 0); // what isn't open leaves no group
 }
@@ -501,9 +637,23 @@ void tst_WinsockCalls::noSocket()
     QCOMPARE(log.lines(), QStringList());
 }
 
+// Winsock's own lie in errno never; those that would name a call that had to wait pass, too.
+void tst_WinsockCalls::passingErrors()
+{
+    QTest::addColumn<int>("result");
+    QTest::addColumn<int>("error");
+
+    for (const int error : {0, 11, 140}) {
+        for (const int result : {SOCKET_ERROR, 0})
+            QTest::addRow("%d, errno %d", result, error) << result << error;
+    }
+}
+
 void tst_WinsockCalls::failedSendKeepsTheSocket()
 {
-    winsock.answer("sendto");
+    QFETCH(int, result);
+    QFETCH(int, error);
+    winsock.answer("sendto", result, error);
     LogCatcher log;
     {
         const Network network;
@@ -512,20 +662,64 @@ void tst_WinsockCalls::failedSendKeepsTheSocket()
         QTRY_COMPARE(winsock.noted().filter("sendto(").size(), 2);
     }
     QCOMPARE(winsock.notedOf(senderName).filter("sendto(").size(), 2);
-    QCOMPARE(winsock.noted().count("socket(2, 2, 0)"), 2);
+    QCOMPARE(winsock.socketsOf(senderName).size(), 1);
     QCOMPARE(log.beginning("send to"), QStringList());
 }
 
 void tst_WinsockCalls::failedReceiveKeepsTheSocket()
 {
-    winsock.answer("recvfrom");
+    QFETCH(int, result);
+    QFETCH(int, error);
+    winsock.answer("recvfrom", result, error);
     LogCatcher log;
     {
         const Network network;
         QTRY_VERIFY(winsock.noted().filter("recvfrom(").size() > 3);
     }
-    QCOMPARE(winsock.noted().count("socket(2, 2, 0)"), 2);
+    QCOMPARE(winsock.socketsOf(receiverName).size(), 1);
     QCOMPARE(log.beginning("recvfrom"), QStringList());
+}
+
+void tst_WinsockCalls::otherErrorsMakeANewSocket_data()
+{
+    QTest::addColumn<QString>("function");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("result");
+    QTest::addColumn<QString>("line");
+
+    QTest::newRow("send") << "sendto" << senderName << SOCKET_ERROR
+                          << "send to ret = -1, errno = 9";
+    QTest::newRow("nothing sent") << "sendto" << senderName << 0 << "send to ret = 0, errno = 9";
+    QTest::newRow("receive") << "recvfrom" << receiverName << SOCKET_ERROR
+                             << "recvfrom ret = -1, errno = 9";
+    QTest::newRow("nothing received")
+        << "recvfrom" << receiverName << 0 << "recvfrom ret = 0, errno = 9";
+}
+
+// An error that errno does name: the group is left and the socket closed, and the next pass makes
+// another. The request is not sent again.
+void tst_WinsockCalls::otherErrorsMakeANewSocket()
+{
+    QFETCH(QString, function);
+    QFETCH(QString, name);
+    QFETCH(int, result);
+    QFETCH(QString, line);
+    winsock.answer(function, result, 9);
+    LogCatcher log;
+    {
+        const Network network;
+        request();
+        QTRY_VERIFY(winsock.socketsOf(name).size() >= 2);
+        winsock.withdraw(function);
+        QTRY_VERIFY(winsock.countOf("sendto(") == 1);
+    }
+    QVERIFY(log.count(line) >= 1);
+    const QStringList calls = winsock.notedOf(name);
+    QCOMPARE(calls.size(), 6);
+    QVERIFY(calls[3].startsWith(function));
+    QCOMPARE(calls.mid(0, 3), QStringList({"bind(%1, " + name + ", 16)", joining, timing}));
+    QCOMPARE(calls.mid(4), QStringList({leaving, "closesocket(%1)"}));
+    QCOMPARE(winsock.notedOf(name, 1).mid(0, 3), calls.mid(0, 3));
 }
 
 QTEST_GUILESS_MAIN(tst_WinsockCalls)

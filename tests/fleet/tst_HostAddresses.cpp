@@ -1,14 +1,9 @@
 #include "HostAddresses.h"
-#include "TestNetwork.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
 #include <algorithm>
-
-// Wine's netsh does nothing, and tells that it went well.
-#define SKIP_WHERE_NOTHING_IS_ADDED()                                                              \
-    if (TestNetwork::inWine())                                                                     \
-    QSKIP("Wine's netsh adds no address")
 
 class tst_HostAddresses : public QObject
 {
@@ -49,7 +44,6 @@ void tst_HostAddresses::present()
 
 void tst_HostAddresses::addAndRemove()
 {
-    SKIP_WHERE_NOTHING_IS_ADDED();
     QString error;
     {
         HostAddresses addresses("veth-b");
@@ -76,7 +70,6 @@ void tst_HostAddresses::removesOnlyItsOwn()
 // The system takes the later addresses of a subnet away with its first one.
 void tst_HostAddresses::othersOfTheSubnetStay()
 {
-    SKIP_WHERE_NOTHING_IS_ADDED();
     QString error;
     HostAddresses addresses("veth-b");
     QVERIFY(addresses.add({{QHostAddress("192.168.5.1"), 24}, {QHostAddress("192.168.5.2"), 24},
@@ -90,12 +83,12 @@ void tst_HostAddresses::othersOfTheSubnetStay()
 
 void tst_HostAddresses::failureLeavesNothing()
 {
-    SKIP_WHERE_NOTHING_IS_ADDED();
     QString error;
     HostAddresses addresses("veth-b");
     QVERIFY(!addresses.add(
         {{QHostAddress("10.88.0.11"), 24}, {QHostAddress("10.88.0.12"), 99}}, &error));
-    QVERIFY2(error.startsWith("can't add 10.88.0.11/24 to veth-b: "), qPrintable(error));
+    const QRegularExpression form(R"(\Acan't add 10\.88\.0\.1(1/24|2/99) to veth-b: .+\z)");
+    QVERIFY2(form.match(error).hasMatch(), qPrintable(error));
     QCOMPARE(now(), QStringList{"10.88.0.1/24"});
 }
 
@@ -108,7 +101,6 @@ void tst_HostAddresses::unknownInterface()
 
 void tst_HostAddresses::addToUnknownInterface()
 {
-    SKIP_WHERE_NOTHING_IS_ADDED();
     QString error;
     QVERIFY(!HostAddresses("none0").add({{QHostAddress("10.88.0.11"), 24}}, &error));
     QVERIFY(!error.isEmpty());

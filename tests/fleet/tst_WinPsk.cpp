@@ -33,6 +33,36 @@ const QStringList obeyed = QString(
 
 using Text = const char *;
 
+// What this library printed once, without anybody's complaint.
+QImage keptPicture(const char *name)
+{
+    return QImage(QStringLiteral(KEPT_PICTURES "/") + name);
+}
+
+// Ink that has none of the other picture's within so many dots on either side.
+int strayDots(const QImage &label, const QImage &other, int reach)
+{
+    constexpr QRgb paper = 0xffffffff;
+    const QRect all = label.rect();
+    const auto hasInk = [](const QImage &of, int x, int y) { return of.pixel(x, y) != paper; };
+    const auto isNear = [&](int x, int y) {
+        const QRect around = QRect(x - reach, y - reach, 2 * reach + 1, 2 * reach + 1) & all;
+        for (int row = around.top(); row <= around.bottom(); ++row) {
+            for (int column = around.left(); column <= around.right(); ++column) {
+                if (hasInk(other, column, row))
+                    return true;
+            }
+        }
+        return false;
+    };
+    int count = 0;
+    for (int y = 0; y < label.height(); ++y) {
+        for (int x = 0; x < label.width(); ++x)
+            count += hasInk(label, x, y) && !isNear(x, y);
+    }
+    return count;
+}
+
 // As the library writes beside itself, each test has a copy.
 QString copyIn(const LabelBench &bench)
 {
@@ -95,6 +125,8 @@ class tst_WinPsk : public QObject
 private slots:
     void names();
     void productLabel();
+    void codesEverywhereAlike();
+    void textsEverywhereAlike();
     void recorded_data();
     void recorded();
     void toldFailures();
@@ -150,6 +182,39 @@ void tst_WinPsk::productLabel()
         QCOMPARE(lines[i]["arguments"].toArray(), expected[i].second);
         QCOMPARE(lines[i]["result"].toInt(-9), 0);
     }
+}
+
+// Dot by dot as on the system where the picture was kept: codes need no fonts.
+void tst_WinPsk::codesEverywhereAlike()
+{
+    const LabelBench bench;
+    Library library(bench);
+    QVERIFY(library.load());
+    ProductLabel::setUp(library);
+    for (int i = 0; i < 4; ++i) // each orientation and level, with dots from 2 to 8 to a module
+        QCOMPARE(library.drawQRCode(20 + 230 * i, 30 + 230 * i, 1, 2 * i, i, 2 + 2 * i, 2, i, 8,
+                     ProductLabel::code),
+            0);
+    QCOMPARE(library.printLabel(1, 1), 0);
+    const QImage kept = keptPicture("codes.png");
+    QVERIFY(LabelEyes::inkDots(kept) > 10000);
+    QCOMPARE(bench.label().convertToFormat(kept.format()), kept);
+}
+
+// Letters depend on how a system draws its fonts: all ink of either picture has some of the other
+// one within four dots, a sixth of a millimetre.
+void tst_WinPsk::textsEverywhereAlike()
+{
+    const LabelBench bench;
+    Library library(bench);
+    QVERIFY(library.load());
+    ProductLabel::print(library);
+    const QImage kept = keptPicture("product-label.png");
+    const QImage label = bench.label();
+    QCOMPARE(label.size(), kept.size());
+    QVERIFY(LabelEyes::inkDots(kept) > 10000);
+    QCOMPARE(strayDots(label, kept, 4), 0);
+    QCOMPARE(strayDots(kept, label, 4), 0);
 }
 
 void tst_WinPsk::recorded_data()

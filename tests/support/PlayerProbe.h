@@ -13,6 +13,8 @@
 #include <QVector>
 #include <QWaitCondition>
 
+#include <algorithm>
+
 // What a test puts around a player: an observer, a view, and a look into its queue and at the
 // process's threads. All may be asked from the test's thread while the player runs.
 
@@ -202,13 +204,14 @@ private:
 // The threads that a player has with these streams.
 inline QByteArrayList playerThreads(bool video, bool audio)
 {
-    QByteArrayList names;
-    for (int i = int(video) + int(audio); i > 0; --i)
-        names.append("ZRPlayerDecoder");
-    names.append("ZRPlayerReaderT");
+    const QByteArrayList audioThreads = {"ZRPlayerDecoderAudioThread", "ZRPlayerRenderAudioThread"};
+    const QByteArrayList videoThreads = {"ZRPlayerDecoderVideoThread", "ZRPlayerRenderVideoThread"};
+    QByteArrayList names = {"ZRPlayerReaderThread"};
     if (audio)
-        names.append("ZRPlayerRenderA");
+        names += audioThreads;
     if (video)
-        names.append("ZRPlayerRenderV");
+        names += videoThreads;
+    std::transform(names.begin(), names.end(), names.begin(), ThisProcess::keptName);
+    std::sort(names.begin(), names.end());
     return names;
 }

@@ -170,6 +170,7 @@ private:
     std::map<int, Output> outputs; // by stream of the clip
     bool playing = false;
     QTimer timer;
+    QTimer pushing;
     QElapsedTimer clock; // since the last PLAY
     double startedAt = 0.0; // time of the stream at the last PLAY, in seconds
     double begin = 0.0; // time of the stream of the next packet
@@ -197,6 +198,9 @@ RtspConnection::RtspConnection(
     connect(socket, &QTcpSocket::readyRead, this, &RtspConnection::read);
     connect(socket, &QTcpSocket::bytesWritten, this, &RtspConnection::send);
     connect(socket, &QTcpSocket::disconnected, this, &QObject::deleteLater);
+    // Wine doesn't always tell that a client has gone for which something lies here. Writing does.
+    connect(&pushing, &QTimer::timeout, socket, &QTcpSocket::flush);
+    pushing.start(500);
 }
 
 RtspConnection::~RtspConnection()

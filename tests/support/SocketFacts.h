@@ -5,7 +5,14 @@
 // What the system knows of a socket of this process, and in what systems differ.
 namespace SocketFacts {
 
+// What a socket is bound to, in this machine's byte order; zeros when it isn't.
+struct Name {
+    quint32 ip = 0;
+    quint16 port = 0;
+};
+
 bool isOpen(int socket);
+Name nameOf(int socket);
 // "10.77.0.1", or empty, and 0, when it isn't bound.
 QByteArray boundAddress(int socket);
 unsigned short boundPort(int socket);

@@ -10,16 +10,6 @@
 
 namespace {
 
-sockaddr_in nameOf(int socket)
-{
-    sockaddr_in name = {};
-    socklen_t size = sizeof name;
-    if (getsockname(socket, reinterpret_cast<sockaddr *>(&name), &size) != 0
-        || name.sin_family != AF_INET)
-        return {};
-    return name;
-}
-
 template <typename Value> Value option(int socket, int level, int name)
 {
     Value value = {};
@@ -51,15 +41,14 @@ bool SocketFacts::isOpen(int socket)
     return fcntl(socket, F_GETFD) != -1;
 }
 
-QByteArray SocketFacts::boundAddress(int socket)
+SocketFacts::Name SocketFacts::nameOf(int socket)
 {
-    const sockaddr_in name = nameOf(socket);
-    return name.sin_port ? QByteArray(inet_ntoa(name.sin_addr)) : QByteArray();
-}
-
-unsigned short SocketFacts::boundPort(int socket)
-{
-    return ntohs(nameOf(socket).sin_port);
+    sockaddr_in name = {};
+    socklen_t size = sizeof name;
+    if (getsockname(socket, reinterpret_cast<sockaddr *>(&name), &size) != 0
+        || name.sin_family != AF_INET)
+        return {};
+    return {ntohl(name.sin_addr.s_addr), ntohs(name.sin_port)};
 }
 
 int SocketFacts::boundTo(unsigned short port)

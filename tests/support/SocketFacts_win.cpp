@@ -9,16 +9,6 @@ namespace {
 constexpr int handleStep = 4;
 constexpr int highestHandle = 1 << 13;
 
-sockaddr_in nameOf(int socket)
-{
-    sockaddr_in name = {};
-    int size = sizeof name;
-    if (getsockname(SOCKET(socket), reinterpret_cast<sockaddr *>(&name), &size) != 0
-        || name.sin_family != AF_INET)
-        return {};
-    return name;
-}
-
 int option(int socket, int level, int name)
 {
     int value = -1;
@@ -44,15 +34,14 @@ bool SocketFacts::isOpen(int socket)
     return option(socket, SOL_SOCKET, SO_TYPE) == SOCK_DGRAM;
 }
 
-QByteArray SocketFacts::boundAddress(int socket)
+SocketFacts::Name SocketFacts::nameOf(int socket)
 {
-    const sockaddr_in name = nameOf(socket);
-    return name.sin_port ? QByteArray(inet_ntoa(name.sin_addr)) : QByteArray();
-}
-
-unsigned short SocketFacts::boundPort(int socket)
-{
-    return ntohs(nameOf(socket).sin_port);
+    sockaddr_in name = {};
+    int size = sizeof name;
+    if (getsockname(SOCKET(socket), reinterpret_cast<sockaddr *>(&name), &size) != 0
+        || name.sin_family != AF_INET)
+        return {};
+    return {ntohl(name.sin_addr.s_addr), ntohs(name.sin_port)};
 }
 
 int SocketFacts::boundTo(unsigned short port)

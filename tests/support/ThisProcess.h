@@ -5,8 +5,10 @@
 // What the system knows about the test's own process. Any thread.
 namespace ThisProcess {
 
-// The threads' names, sorted, of each the first 15 letters: Linux keeps no more.
+// The threads' names, sorted, as the system keeps them.
 QByteArrayList threadNames(const QByteArray &beginning = {});
+// What it keeps of a name: Linux the first 15 letters, Windows all.
+QByteArray keptName(const QByteArray &name);
 
 // Files, sockets and, on Windows, all else that has a handle.
 int openFiles();

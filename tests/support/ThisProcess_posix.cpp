@@ -45,6 +45,11 @@ QByteArrayList ThisProcess::threadNames(const QByteArray &beginning)
     return names;
 }
 
+QByteArray ThisProcess::keptName(const QByteArray &name)
+{
+    return name.left(15);
+}
+
 int ThisProcess::openFiles()
 {
     return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).size();

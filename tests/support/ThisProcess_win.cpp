@@ -11,22 +11,20 @@
 
 namespace {
 
-// As Linux keeps them.
-constexpr int longestName = 15;
-
+// Without a name on a Windows that keeps none.
 QByteArray nameOf(DWORD thread)
 {
     using Description = HRESULT(WINAPI *)(HANDLE, PWSTR *);
     static const auto description = reinterpret_cast<Description>(reinterpret_cast<void *>(
-        GetProcAddress(GetModuleHandleW(L"kernel32"), "GetThreadDescription")));
+        GetProcAddress(GetModuleHandleW(L"kernelbase"), "GetThreadDescription")));
     const HANDLE handle = OpenThread(THREAD_QUERY_LIMITED_INFORMATION, FALSE, thread);
     PWSTR text = nullptr;
-    if (handle)
+    if (handle && description)
         description(handle, &text);
     CloseHandle(handle);
     const QByteArray name = QString::fromWCharArray(text ? text : L"").toLatin1();
     LocalFree(text);
-    return name.left(longestName);
+    return name;
 }
 
 PROCESS_MEMORY_COUNTERS memoryCounters()
@@ -82,6 +80,11 @@ QByteArrayList ThisProcess::threadNames(const QByteArray &beginning)
     CloseHandle(threads);
     std::sort(names.begin(), names.end());
     return names;
+}
+
+QByteArray ThisProcess::keptName(const QByteArray &name)
+{
+    return name;
 }
 
 int ThisProcess::openFiles()

@@ -8,7 +8,8 @@
 #   --sound    a sound server of its own (scripts/lib/sound.sh)
 #   --printing a print server of its own (scripts/lib/printing.sh). VORLYN_TEST_PRINT_FOLDER is
 #              where each printed job becomes a file NUMBER.pdf.
-#   --wine     the command is a Windows program, run under Wine (scripts/lib/wine.sh), with a display.
+#   --wine     the command is a Windows program, run under Wine (scripts/lib/wine.sh), with a display,
+#              or a script that runs some.
 #              VORLYN_TEST_DOOR is how it starts programs outside of Wine (door.py).
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
@@ -69,7 +70,7 @@ if [ -n "$wine" ]; then
     await test -e "$work/door"
     VORLYN_TEST_DOOR=$(cat "$work/door")
     export VORLYN_TEST_DOOR
-    set -- wine "$@"
+    [ "${1%.exe}" = "$1" ] || set -- wine "$@"
 fi
 
 "$@"
