@@ -12,6 +12,7 @@ out=$(realpath -m "${1:-$root/docs/images/manual}")
 build=${VORLYN_BUILD:-$root/build/release}
 . "$root/scripts/lib/packages.sh"
 . "$root/scripts/lib/network.sh"
+. "$root/scripts/lib/display.sh"
 
 if [ -z "${VORLYN_TEST_CAMERA_PID:-}" ]; then
     # shellcheck disable=SC2086 # lists of names
@@ -40,9 +41,6 @@ finish() {
 trap finish EXIT
 trap 'exit 143' TERM INT
 
-# windows N: exactly N windows of the program are on the screen.
-windows() { [ "$(xdotool search --onlyvisible --class "$name" 2>/dev/null | wc -l)" -eq "$1" ]; }
-picture() { import -window root -crop 400x200+400+200 -format '%[fx:mean > 0.1]' info: | grep -qx 1; }
 active() { xdotool getactivewindow; }
 click() { xdotool mousemove --window "$(active)" "$1" "$2" sleep 0.2 click 1 sleep 0.4; }
 key() { xdotool key --delay 60 "$@" sleep 0.4; }

@@ -71,14 +71,6 @@ place_program() {
         -e '/^\[General\]/a printer%20name=POSTEK G6000' "$settings"
 }
 
-# windows N: exactly N windows of the program are on the screen.
-windows() {
-    [ "$(xdotool search --onlyvisible --class "$name" 2>/dev/null | wc -l)" -eq "$1" ]
-}
-# The preview of the chosen camera shows a picture, seen by its light.
-picture() {
-    import -window root -crop 400x200+400+200 -format '%[fx:mean > 0.1]' info: | grep -qx 1
-}
 shot() { import -window root "$screenshots/$1.png"; }
 
 # take_screenshots LANGUAGE: runs a copy of the program with settings of its own.

@@ -48,7 +48,7 @@ tail -n 1 "$cache/logs/pack.log" # which file
 [ -n "$test" ] || exit 0
 
 # shellcheck disable=SC2086 # lists of names
-step test-packages install_packages $run_packages $screen_packages $sound_packages \
+step test-packages install_packages unzip $run_packages $screen_packages $sound_packages \
     $printing_packages
 [ -n "${VORLYN_NATIVE_BUILD:-}" ] || step fleet build_native
 status=0

@@ -271,7 +271,7 @@ void BenchWindow::startMedia()
 {
     const QString path = productionTool->device().rtspPath();
     if (!path.isEmpty())
-        videoView->play(path);
+        DeviceFlows::startStream(*videoView, path);
 }
 
 void BenchWindow::onViewChosen(int index)

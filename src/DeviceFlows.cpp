@@ -79,9 +79,14 @@ void DeviceFlows::showStream(
             preview.play(device.rtspPath());
     } else {
         currentRow = row;
-        preview.stop();
-        preview.play(device.rtspPath());
+        startStream(preview, device.rtspPath());
     }
+}
+
+void DeviceFlows::startStream(VorlynDeviceVideoView &preview, const QString &path)
+{
+    preview.stop();
+    preview.play(path);
 }
 
 void DeviceFlows::openDevicePage(const VorlynDevicesWidget &table, const QModelIndex &index)

@@ -1,6 +1,7 @@
 #pragma once
 
 class QModelIndex;
+class QString;
 class VorlynDevice;
 class VorlynDeviceVideoView;
 class VorlynDevicesWidget;
@@ -22,6 +23,9 @@ void search(VorlynDeviceVideoView &preview, VorlynDevicesWidget &table);
 // shown.
 void showStream(
     VorlynDeviceVideoView &preview, const VorlynDevice &device, int row, int &currentRow);
+// What is on the path, from the start. The view keeps nothing of the stream before: pictures of
+// another hardware decoder look like those of the same one, and can't be drawn on its device.
+void startStream(VorlynDeviceVideoView &preview, const QString &path);
 // A double click on the table: the device's page in the browser, if it was on the address.
 void openDevicePage(const VorlynDevicesWidget &table, const QModelIndex &index);
 void openSettings();

@@ -21,6 +21,7 @@
 #include "ZRAlertDialog.h"
 #include "ZRNetworkDialog.h"
 #include "ZROpenGLVideoView.h"
+#include "ZRVideoView.h"
 #include "ZRVideoView/GraphicsDriver.h"
 #include "ZRPrinterSettingsDialog.h"
 #include "ZRScanCodePrinterDialog.h"
@@ -72,6 +73,7 @@ private slots:
     void doubleClickOpensThePage();
     void mediaOfTheBenchDevice_data();
     void mediaOfTheBenchDevice();
+    void mediaClearsTheView();
     void mediaOfNoDevice();
     void lockedDuringARun();
     void goesDuringARun();
@@ -472,6 +474,32 @@ void tst_BenchWindow::mediaOfTheBenchDevice()
     emit tool()->requestStartMedia();
     QVERIFY(video()->isPlaying());
     QCOMPARE(playedUrl(), QString(secondStream));
+}
+
+// The view may hold a picture of the stream before, and what it has built to draw that.
+void tst_BenchWindow::mediaClearsTheView()
+{
+    class View : public QWidget, public ZRVideoView
+    {
+    public:
+        using QWidget::QWidget;
+        using QWidget::update;
+        void update(AVFrame *) override { }
+        void clear() override { wasPlaying.append(panel->isPlaying()); }
+
+        VorlynDeviceVideoView *panel = nullptr;
+        QVector<bool> wasPlaying; // at each call
+    };
+    auto *view = new View(video());
+    view->panel = video();
+    devices()->setCurrentCell(1, 2);
+    video()->setVideoView(view);
+    view->wasPlaying.clear();
+
+    emit tool()->requestStartMedia();
+
+    QCOMPARE(view->wasPlaying, QVector<bool>{false}); // between the two streams
+    QVERIFY(video()->isPlaying());
 }
 
 void tst_BenchWindow::mediaOfNoDevice()

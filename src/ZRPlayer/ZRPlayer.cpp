@@ -239,6 +239,6 @@ int ZRPlayer::open(const std::string &url)
 
 void ZRPlayer::_notify(int type, double current, double total)
 {
-    if (observer)
-        observer->onPlayerNotify(this, type, current, total);
+    if (ZRPlayerObserver *const target = observer)
+        target->onPlayerNotify(this, type, current, total);
 }

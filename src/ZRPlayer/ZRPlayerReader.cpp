@@ -4,6 +4,7 @@
 #include "ZRPlayerObserver.h"
 #include "ZRPlayerThreads.h"
 
+#include <QCoreApplication>
 #include <QtDebug>
 
 #include <cstdint>
@@ -48,6 +49,14 @@ double durationOf(
             return av_q2d(stream->time_base) * static_cast<double>(stream->duration);
     }
     return -1.0;
+}
+
+// What the observer makes on this thread can be called from others only through the thread's event
+// loop, and there is none: such calls would pile up for as long as the stream lasts. Qt's output of
+// sound on Windows has one for each block that was played.
+void dropQueuedCalls()
+{
+    QCoreApplication::removePostedEvents(nullptr, QEvent::MetaCall);
 }
 
 template <class T> T *popFrom(const std::unique_ptr<ZRPlayerQueue<T>> &queue)
@@ -227,6 +236,7 @@ void ZRPlayerReader::read()
     RateMeter meter;
     bool paused = false;
     while (goesOn(thread)) {
+        dropQueuedCalls();
         if (_holdBack())
             continue;
         if (seekRequested)

@@ -70,7 +70,7 @@ private:
 // decoded frame only.
 // Owner: calls stop() before it deletes. One start() and stop() a reader.
 // Thread: start, stop, play, pause, seek and the setters belong to the owner's thread; events come
-// on the reader thread.
+// on the reader thread, which has no event loop: calls queued for what is made there are dropped.
 class ZRPlayerReader
 {
 public:

@@ -192,8 +192,9 @@ void ZRPlayerRender::renderAudio()
 
 void ZRPlayerRender::_notify(int type)
 {
-    if (observer)
-        observer->onRenderNotify(this, type);
+    // Read once: the player clears it while the threads still run.
+    if (ZRPlayerRenderObserver *const target = observer)
+        target->onRenderNotify(this, type);
 }
 
 ZRPlayerDefaultRender::ZRPlayerDefaultRender(ZRPcmPlayer *pcmPlayer) : pcmPlayer(pcmPlayer) { }
@@ -217,8 +218,8 @@ void ZRPlayerDefaultRender::stop()
 
 void ZRPlayerDefaultRender::renderVideoFrame(ZRPlayerFrame *frame)
 {
-    if (videoView)
-        videoView->update(frame->frame);
+    if (ZRVideoView *const target = videoView)
+        target->update(frame->frame);
 }
 
 int ZRPlayerDefaultRender::renderAudioFrame(ZRPlayerFrame *frame)

@@ -126,10 +126,9 @@ void ZRDirectVideoView::draw()
     }
     if (frame->format != format) {
         releaseDirect3D();
-        rebuild();
-    }
-    if (!device) {
-        return;
+        if (!rebuild()) {
+            return;
+        }
     }
     if (isSoftwareFormat(format)) {
         drawSoftware();
@@ -150,16 +149,16 @@ void ZRDirectVideoView::drawBlack()
     QWidget::update();
 }
 
-void ZRDirectVideoView::rebuild()
+// False when there is nothing to draw with. A later frame of the format is drawn by what there is.
+bool ZRDirectVideoView::rebuild()
 {
     if (isSoftwareFormat(frame->format)) {
-        rebuildForSoftware();
-    } else if (frame->format == hardwareFormat) {
-        rebuildForHardware();
+        return rebuildForSoftware();
     }
+    return frame->format == hardwareFormat && rebuildForHardware();
 }
 
-void ZRDirectVideoView::rebuildForSoftware()
+bool ZRDirectVideoView::rebuildForSoftware()
 {
     format = frame->format;
     const ZRDirect3DWindow window = module.windowHandle(displayWidget);
@@ -167,7 +166,7 @@ void ZRDirectVideoView::rebuildForSoftware()
     ZRDirect3DDisplayMode mode;
     if (!openDirect3D(&caps, &mode)) {
         releaseDirect3D();
-        return;
+        return false;
     }
     ZRDirect3DPresentParameters parameters;
     parameters.backBufferWidth = mode.width;
@@ -186,9 +185,10 @@ void ZRDirectVideoView::rebuildForSoftware()
     if (surface) {
         layoutDisplay();
     }
+    return surface;
 }
 
-void ZRDirectVideoView::rebuildForHardware()
+bool ZRDirectVideoView::rebuildForHardware()
 {
     format = frame->format;
     if (ZRDirect3DSurface *picture = module.hardwareSurface(frame->data[3])) {
@@ -199,7 +199,7 @@ void ZRDirectVideoView::rebuildForHardware()
     videoHeight = frame->height;
     const ZRDirect3DWindow window = module.windowHandle(displayWidget);
     if (!device) {
-        return;
+        return false;
     }
     ZRDirect3DCaps caps;
     ZRDirect3DDisplayMode mode;
@@ -217,6 +217,7 @@ void ZRDirectVideoView::rebuildForHardware()
     } else {
         releaseDirect3D();
     }
+    return swapChain;
 }
 
 bool ZRDirectVideoView::openDirect3D(ZRDirect3DCaps *caps, ZRDirect3DDisplayMode *mode)
@@ -262,7 +263,7 @@ void ZRDirectVideoView::renderYUV420()
 {
     surface->setColours(ZRVideoColours::of(*frame));
     ZRDirect3DLockedRect locked;
-    if (!frame->data[0] || surface->lockRect(&locked, lockDoNotWait) < 0) {
+    if (surface->lockRect(&locked, lockDoNotWait) < 0 || !frame->data[0]) {
         qDebug("lock failure");
     } else {
         const qptrdiff height = frame->height;

@@ -48,9 +48,9 @@ private:
     bool holdsPicture() const;
     void draw();
     void drawBlack();
-    void rebuild();
-    void rebuildForSoftware();
-    void rebuildForHardware();
+    bool rebuild();
+    bool rebuildForSoftware();
+    bool rebuildForHardware();
     bool openDirect3D(ZRDirect3DCaps *caps, ZRDirect3DDisplayMode *mode);
     void createSurface();
     void replaceSwapChain(

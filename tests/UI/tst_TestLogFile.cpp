@@ -1,5 +1,6 @@
 #include "TestLogFile.h"
 
+#include "SmallDisk.h"
 #include "TestLogColors.h"
 #include "ZRLocalize.h"
 
@@ -8,10 +9,6 @@
 #include <QTemporaryDir>
 #include <QTextEdit>
 #include <QtTest>
-
-#include <csignal>
-
-#include <sys/resource.h>
 
 using Format = TestLogFile::Format;
 
@@ -70,27 +67,6 @@ void writeOld(const QString &path)
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("the old one");
 }
-
-// No file of this process grows beyond the size while it lives.
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit limit = {bytes, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, SIG_DFL);
-    }
-
-private:
-    rlimit before;
-};
 }
 
 void tst_TestLogFile::initTestCase()
@@ -286,19 +262,17 @@ void tst_TestLogFile::fullDisk_data()
 void tst_TestLogFile::fullDisk()
 {
     QFETCH(int, size);
-    const QTemporaryDir folder;
-    const QString path = folder.filePath("log.csv");
+    SmallDisk disk;
+    const QString path = disk.filePath("log.csv");
     writeOld(path);
     append(QString(size, 'a'), passColor);
     const TestLogFile file(*log->document());
-    QString problem;
-    {
-        const FullDisk disk(rlim_t(size / 2));
-        problem = file.write(path);
-    }
+    QVERIFY(disk.limit(size / 2));
+    const QString problem = file.write(path);
+    QVERIFY(disk.unlimit());
     QVERIFY(!problem.isEmpty());
     QCOMPARE(read(path), QByteArray("the old one"));
-    QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList("log.csv"));
+    QCOMPARE(QDir(disk.path()).entryList(QDir::Files), QStringList("log.csv"));
     QCOMPARE(file.write(path), QString()); // once there is room
     QCOMPARE(read(path), file.contents(Format::Csv));
 }

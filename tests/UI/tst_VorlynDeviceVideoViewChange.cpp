@@ -3,6 +3,7 @@
 #include "PreviewProbe.h"
 #include "RtspPeer.h"
 #include "SettingsFile.h"
+#include "StreamFacts.h"
 #include "VorlynDeviceVideoView.h"
 #include "ZROpenGLVideoView.h"
 
@@ -117,7 +118,8 @@ void tst_VorlynDeviceVideoViewChange::restartsTheStream()
 // There and back, while a stream plays.
 void tst_VorlynDeviceVideoViewChange::playsInTheOtherView()
 {
-    const MediaClip::Format clip;
+    MediaClip::Format clip;
+    clip.fps = StreamFacts::pace;
     const RtspPeer peer(MediaClip::of(clip));
     panel->play(QString::fromStdString(peer.url()));
     QTRY_VERIFY_WITH_TIMEOUT(probe.holdsPicture(), patience);

@@ -2,6 +2,12 @@
 
 // The linker gives the program the __wrap_ functions, and these the __real_ ones (CMakeLists.txt).
 extern "C" {
+QAudioDeviceInfo __real__ZN16QAudioDeviceInfo19defaultOutputDeviceEv();
+QAudioDeviceInfo __wrap__ZN16QAudioDeviceInfo19defaultOutputDeviceEv()
+{
+    return AudioCalls::defaultOutputDevice();
+}
+
 QAudioFormat __real__ZNK16QAudioDeviceInfo15preferredFormatEv(const QAudioDeviceInfo *info);
 QAudioFormat __wrap__ZNK16QAudioDeviceInfo15preferredFormatEv(const QAudioDeviceInfo *info)
 {
@@ -14,6 +20,14 @@ bool __wrap__ZNK16QAudioDeviceInfo17isFormatSupportedERK12QAudioFormat(
     const QAudioDeviceInfo *info, const QAudioFormat &format)
 {
     return AudioCalls::isFormatSupported(info, format);
+}
+
+QAudioFormat __real__ZNK16QAudioDeviceInfo13nearestFormatERK12QAudioFormat(
+    const QAudioDeviceInfo *info, const QAudioFormat &format);
+QAudioFormat __wrap__ZNK16QAudioDeviceInfo13nearestFormatERK12QAudioFormat(
+    const QAudioDeviceInfo *info, const QAudioFormat &format)
+{
+    return AudioCalls::nearestFormat(info, format);
 }
 
 int __real__ZNK12QAudioOutput10periodSizeEv(const QAudioOutput *output);
@@ -32,6 +46,11 @@ QIODevice *__wrap__ZN12QAudioOutput5startEv(QAudioOutput *output)
 const QByteArray AudioCalls::linesWithoutServer =
     "start -1\ndevice 0 output 0 stopped 1\nconverter 0\nwriteData -1\nend\n";
 
+QAudioDeviceInfo AudioCalls::Real::defaultOutputDevice()
+{
+    return __real__ZN16QAudioDeviceInfo19defaultOutputDeviceEv();
+}
+
 QAudioFormat AudioCalls::Real::preferredFormat(const QAudioDeviceInfo *info)
 {
     return __real__ZNK16QAudioDeviceInfo15preferredFormatEv(info);
@@ -40,6 +59,12 @@ QAudioFormat AudioCalls::Real::preferredFormat(const QAudioDeviceInfo *info)
 bool AudioCalls::Real::isFormatSupported(const QAudioDeviceInfo *info, const QAudioFormat &format)
 {
     return __real__ZNK16QAudioDeviceInfo17isFormatSupportedERK12QAudioFormat(info, format);
+}
+
+QAudioFormat AudioCalls::Real::nearestFormat(
+    const QAudioDeviceInfo *info, const QAudioFormat &format)
+{
+    return __real__ZNK16QAudioDeviceInfo13nearestFormatERK12QAudioFormat(info, format);
 }
 
 int AudioCalls::Real::periodSize(const QAudioOutput *output)
@@ -56,6 +81,10 @@ bool AudioCalls::isChosen(const QString &sink)
 {
     return QAudioDeviceInfo::defaultOutputDevice().deviceName() == sink;
 }
+
+void AudioCalls::preferAsQt() { }
+
+const int AudioCalls::ratePreferredByQt = 48000; // as the sinks
 
 QStringList AudioCalls::withoutServer(const QStringList &command)
 {

@@ -5,12 +5,16 @@
 // The program's objects reach Qt's functions through pointers of these names, which the linker
 // then takes from here.
 #define IMPORT(name) "__imp_" name
+#define DEFAULT_OUTPUT_DEVICE "_ZN16QAudioDeviceInfo19defaultOutputDeviceEv"
 #define PREFERRED_FORMAT "_ZNK16QAudioDeviceInfo15preferredFormatEv"
 #define IS_FORMAT_SUPPORTED "_ZNK16QAudioDeviceInfo17isFormatSupportedERK12QAudioFormat"
+#define NEAREST_FORMAT "_ZNK16QAudioDeviceInfo13nearestFormatERK12QAudioFormat"
 #define PERIOD_SIZE "_ZNK12QAudioOutput10periodSizeEv"
 #define START "_ZN12QAudioOutput5startEv"
+auto *importedDefaultDevice asm(IMPORT(DEFAULT_OUTPUT_DEVICE)) = AudioCalls::defaultOutputDevice;
 auto *importedPreferredFormat asm(IMPORT(PREFERRED_FORMAT)) = AudioCalls::preferredFormat;
 auto *importedIsFormatSupported asm(IMPORT(IS_FORMAT_SUPPORTED)) = AudioCalls::isFormatSupported;
+auto *importedNearestFormat asm(IMPORT(NEAREST_FORMAT)) = AudioCalls::nearestFormat;
 auto *importedPeriodSize asm(IMPORT(PERIOD_SIZE)) = AudioCalls::periodSize;
 auto *importedStart asm(IMPORT(START)) = AudioCalls::start;
 
@@ -56,6 +60,11 @@ QAudioFormat formatOf(const QString &sink)
 const QByteArray AudioCalls::linesWithoutServer =
     "start -1\ndevice 0 output 1 stopped 1\nconverter 1\nwriteData -1\nend\n";
 
+QAudioDeviceInfo AudioCalls::Real::defaultOutputDevice()
+{
+    return real(AudioCalls::defaultOutputDevice, DEFAULT_OUTPUT_DEVICE)();
+}
+
 QAudioFormat AudioCalls::Real::preferredFormat(const QAudioDeviceInfo *info)
 {
     const QAudioFormat always = real(AudioCalls::preferredFormat, PREFERRED_FORMAT)(info);
@@ -65,6 +74,12 @@ QAudioFormat AudioCalls::Real::preferredFormat(const QAudioDeviceInfo *info)
 bool AudioCalls::Real::isFormatSupported(const QAudioDeviceInfo *info, const QAudioFormat &format)
 {
     return real(AudioCalls::isFormatSupported, IS_FORMAT_SUPPORTED)(info, format);
+}
+
+QAudioFormat AudioCalls::Real::nearestFormat(
+    const QAudioDeviceInfo *info, const QAudioFormat &format)
+{
+    return real(AudioCalls::nearestFormat, NEAREST_FORMAT)(info, format);
 }
 
 int AudioCalls::Real::periodSize(const QAudioOutput *output)
@@ -83,6 +98,13 @@ bool AudioCalls::isChosen(const QString &sink)
     preferred = formatOf(sink);
     return QAudioDeviceInfo::defaultOutputDevice().deviceName() == "Default Output Device";
 }
+
+void AudioCalls::preferAsQt()
+{
+    preferred = QAudioFormat();
+}
+
+const int AudioCalls::ratePreferredByQt = 44100;
 
 QStringList AudioCalls::withoutServer(const QStringList &command)
 {

@@ -176,6 +176,9 @@ int __wrap_av_hwdevice_ctx_create(
 {
     if (current)
         current->log.add(QStringLiteral("hwdevice %1").arg(type));
+    const int answer = current ? current->takeAnswer("hwdevice") : CodecCalls::real;
+    if (answer != CodecCalls::real)
+        return answer;
     if (!current || !current->hardwareDevice)
         return __real_av_hwdevice_ctx_create(device, type, name, options, flags);
     *device = current->madeDevice = av_buffer_ref(current->hardwareDevice);

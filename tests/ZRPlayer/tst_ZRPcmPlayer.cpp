@@ -26,6 +26,21 @@ static int preferredSize = -1; // bits
 static QVector<int> periods; // one for each call
 static bool startFails = false;
 static QVector<QAudioFormat> askedFormats;
+static bool refuses = false; // every format
+static QVector<QAudioFormat> refusedFormats; // of which the nearest was asked for
+static QAudioFormat nearest; // when valid
+static QVector<QAudioDeviceInfo> defaultDevices; // one for each call
+
+QAudioDeviceInfo AudioCalls::defaultOutputDevice()
+{
+    return defaultDevices.isEmpty() ? Real::defaultOutputDevice() : defaultDevices.takeFirst();
+}
+
+QAudioFormat AudioCalls::nearestFormat(const QAudioDeviceInfo *info, const QAudioFormat &format)
+{
+    refusedFormats.append(format);
+    return nearest.isValid() ? nearest : Real::nearestFormat(info, format);
+}
 
 QAudioFormat AudioCalls::preferredFormat(const QAudioDeviceInfo *info)
 {
@@ -38,7 +53,7 @@ QAudioFormat AudioCalls::preferredFormat(const QAudioDeviceInfo *info)
 bool AudioCalls::isFormatSupported(const QAudioDeviceInfo *info, const QAudioFormat &format)
 {
     askedFormats.append(format);
-    return Real::isFormatSupported(info, format);
+    return !refuses && Real::isFormatSupported(info, format);
 }
 
 int AudioCalls::periodSize(const QAudioOutput *output)
@@ -174,6 +189,9 @@ private slots:
     void deviceFormat();
     void askedFormat_data();
     void askedFormat();
+    void formatInPlaceOfARefusedOne();
+    void deviceIsTakenAnew();
+    void formatPreferredByQt();
     void noDevice();
     void deviceThatFails();
     void writeAfterStop();
@@ -230,6 +248,10 @@ void tst_ZRPcmPlayer::init()
     periods.clear();
     startFails = false;
     askedFormats.clear();
+    refuses = false;
+    refusedFormats.clear();
+    nearest = QAudioFormat();
+    defaultDevices.clear();
     chooseDevice("s16le");
 }
 
@@ -342,6 +364,64 @@ void tst_ZRPcmPlayer::askedFormat()
     Player player;
     QCOMPARE(player.start(), -1);
     QCOMPARE(askedFormats, QVector<QAudioFormat>({expected}));
+}
+
+// Whatever the device calls nearest to what it was asked for, be it far from what it prefers.
+void tst_ZRPcmPlayer::formatInPlaceOfARefusedOne()
+{
+    preferredSize = 32;
+    refuses = true;
+    startFails = true;
+    QAudioFormat asked = QAudioDeviceInfo::defaultOutputDevice().preferredFormat();
+    asked.setSampleSize(16);
+    nearest = asked;
+    nearest.setChannelCount(1);
+    nearest.setSampleRate(8000);
+
+    Player player;
+    LogCatcher log;
+    QCOMPARE(player.start(), -1);
+    QCOMPARE(askedFormats, QVector<QAudioFormat>({asked}));
+    QCOMPARE(refusedFormats, QVector<QAudioFormat>({asked}));
+    QCOMPARE(player.format, nearest);
+    QCOMPARE(player.output->format(), nearest);
+    QCOMPARE(log.count("format not support, reformat"), 1);
+}
+
+// The device that says what it prefers need not be the one that is asked whether it takes it.
+void tst_ZRPcmPlayer::deviceIsTakenAnew()
+{
+    const QAudioDeviceInfo device = QAudioDeviceInfo::defaultOutputDevice();
+    startFails = true;
+    nearest = device.preferredFormat();
+    nearest.setSampleRate(8000);
+    for (bool gone : {false, true}) {
+        defaultDevices = {device, gone ? QAudioDeviceInfo() : device};
+        Player player;
+        QCOMPARE(player.start(), -1);
+        QVERIFY(defaultDevices.isEmpty());
+        QCOMPARE(player.format, gone ? nearest : device.preferredFormat());
+    }
+}
+
+// The one that the tests replace where Qt knows no other.
+void tst_ZRPcmPlayer::formatPreferredByQt()
+{
+    AudioCalls::preferAsQt();
+    SinkRecorder recorder("s16le");
+    Player player;
+    LogCatcher log;
+    QCOMPARE(player.start(), 0);
+    QCOMPARE(player.format, QAudioDeviceInfo::defaultOutputDevice().preferredFormat());
+    QCOMPARE(player.format.sampleRate(), AudioCalls::ratePreferredByQt);
+    QCOMPARE(log.lines(), QStringList());
+    Call sound([&] {
+        for (int i = 0; i < 100; ++i)
+            player.play(decoded, 960, i * 960);
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(recorder.purity(440) > 0.9, 30000);
+    const double amplitude = recorder.amplitude(440);
+    QVERIFY2(qAbs(amplitude - 0.5) < 0.05, qPrintable(QString::number(amplitude)));
 }
 
 void tst_ZRPcmPlayer::noDevice()

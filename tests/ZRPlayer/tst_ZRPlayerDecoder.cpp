@@ -4,6 +4,7 @@
 #include "LogCatcher.h"
 #include "MediaClip.h"
 #include "RtspPeer.h"
+#include "StreamFacts.h"
 #include "ZRPlayerError.h"
 #include "ZRPlayerObserver.h"
 #include "ZRPlayerReader.h"
@@ -238,6 +239,24 @@ int chosenFormat(const CodecCalls::Opening &opening, const QVector<int> &offered
     return chosen;
 }
 
+// Whether this system has a device of the type that the player asks for.
+bool hasDevice()
+{
+    AVBufferRef *device = nullptr;
+    const bool made =
+        av_hwdevice_ctx_create(&device, AV_HWDEVICE_TYPE_DXVA2, nullptr, nullptr, 0) >= 0;
+    av_buffer_unref(&device);
+    return made;
+}
+
+// From here on there is none.
+void denyDevice(CodecCalls &calls)
+{
+    if (hasDevice())
+        calls.answerForEver("hwdevice", AVERROR_UNKNOWN);
+    calls.log.clear();
+}
+
 // What is logged of a codec that the system's FFmpeg can't decode by the device.
 QStringList refusal(AVCodecID id, AVHWDeviceType device)
 {
@@ -367,6 +386,7 @@ private slots:
 
     void noHardwareByItself();
     void hardwareOfNoCodec();
+    void hardwareOfARealCodec_data();
     void hardwareOfARealCodec();
     void hardwareTakesEffectAtTheNextSetUp();
     void hardwareFormat_data();
@@ -1261,6 +1281,7 @@ void tst_ZRPlayerDecoder::hardwareOfNoCodec()
 {
     LogCatcher log;
     CodecCalls calls;
+    denyDevice(calls);
     Way way("video");
     way.decoder.setHardwareType(AV_HWDEVICE_TYPE_DXVA2);
     QCOMPARE(int(AV_HWDEVICE_TYPE_DXVA2), 4);
@@ -1280,21 +1301,42 @@ void tst_ZRPlayerDecoder::hardwareOfNoCodec()
     QCOMPARE(calls.log.count("hwdevice"), 1); // decided once
 }
 
+void tst_ZRPlayerDecoder::hardwareOfARealCodec_data()
+{
+    QTest::addColumn<bool>("device");
+    QTest::addColumn<int>("pictures");
+    QTest::newRow("no device") << false << 50;
+    if (hasDevice())
+        QTest::newRow("device") << true << (StreamFacts::hardwareGivesPictures() ? 50 : 0);
+}
+
+// Only a device that can't be made has the codec decode in software. One that can, and then decodes
+// nothing, is kept.
 void tst_ZRPlayerDecoder::hardwareOfARealCodec()
 {
+    QFETCH(bool, device);
+    QFETCH(int, pictures);
     const MediaClip &clip =
         MediaClip::of(MediaClip::Format::of(AV_CODEC_ID_H264, AV_CODEC_ID_NONE));
     const QStringList refused = refusal(AV_CODEC_ID_H264, AV_HWDEVICE_TYPE_DXVA2);
     LogCatcher log;
+    CodecCalls calls;
+    if (!device)
+        denyDevice(calls);
     Way way("video");
     way.decoder.setHardwareType(AV_HWDEVICE_TYPE_DXVA2);
     for (const MediaClip::Packet &packet : clip.packets())
         way.reader.add(packet, clip.parameters(MediaClip::Video));
     way.reader.end = true;
     way.decoder.start();
-    QCOMPARE(way.take(50).size(), 50);
+    QCOMPARE(way.take(pictures).size(), pictures);
+    QTRY_VERIFY_WITH_TIMEOUT(way.decoder.isVideoEof(), patience);
+    QVERIFY(!way.pop());
     QCOMPARE(log.beginning("["), refused);
-    QCOMPARE(log.beginning("hw decoder init failure").size(), 1);
+    QCOMPARE(log.beginning("hw decoder init failure").size(), device ? 0 : 1);
+    const bool decodesNothing = device && pictures == 0;
+    QCOMPARE(!log.beginning("Failed to get HW surface format, hc->format = 51, 51").isEmpty(),
+        decodesNothing);
 }
 
 void tst_ZRPlayerDecoder::hardwareTakesEffectAtTheNextSetUp()

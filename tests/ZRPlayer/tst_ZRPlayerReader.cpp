@@ -146,6 +146,8 @@ private slots:
     void noLimitOfVideoPackets();
     void soundAloneHasNoLimit();
     void overflowOfALiveStream();
+    void dropsCallsQueuedForItsThread_data();
+    void dropsCallsQueuedForItsThread();
     void endOfInputKeepsTheThread();
     void readErrorEndsTheLoop();
     void stopEndsABlockedRead();
@@ -850,6 +852,65 @@ void tst_ZRPlayerReader::overflowOfALiveStream()
     QTRY_COMPARE_WITH_TIMEOUT(reader.videoPackets->size(), 2, patience);
     QCOMPARE(Packet(reader.popVideoPacket())->packet->pts, int64_t(36));
     QCOMPARE(input.calls.count("event 5"), 1);
+}
+
+void tst_ZRPlayerReader::dropsCallsQueuedForItsThread_data()
+{
+    QTest::addColumn<int>("packets");
+    QTest::addColumn<int>("result"); // behind them
+    QTest::addColumn<bool>("paused");
+    QTest::newRow("reading") << 1 << 0 << false;
+    QTest::newRow("held back") << 40 << 0 << false;
+    QTest::newRow("paused") << 1 << 0 << true;
+    QTest::newRow("at the end") << 1 << AVERROR_EOF << false;
+}
+
+// The thread has no event loop: what is queued for an object that the observer made there is never
+// called. Other threads' objects are.
+void tst_ZRPlayerReader::dropsCallsQueuedForItsThread()
+{
+    QFETCH(const int, packets);
+    QFETCH(const int, result);
+    QFETCH(const bool, paused);
+    Input input;
+    input.streams = {picture};
+    std::unique_ptr<QObject> made;
+    QObject here;
+    Reader reader(&input.calls);
+    reader.onEvent = [&](int type) {
+        if (type == ZRPlayerReader::Opened)
+            made = std::make_unique<QObject>();
+    };
+    reader.start();
+    if (paused)
+        reader.pause();
+    input.addPackets(0, packets);
+    if (result < 0)
+        input.addResult(result);
+    QTRY_COMPARE_WITH_TIMEOUT(input.calls.count("event 0"), 1, patience);
+
+    auto call = std::make_shared<bool>(false);
+    const std::weak_ptr<bool> queued = call;
+    bool calledThere = false;
+    bool calledHere = false;
+    QMetaObject::invokeMethod(
+        made.get(), [call, &calledThere] { calledThere = true; }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &here, [&calledHere] { calledHere = true; }, Qt::QueuedConnection);
+    call.reset();
+    const QDeadlineTimer deadline(patience);
+    while (!queued.expired() && !deadline.hasExpired()) { // without an event here either
+        if (input.isIdle())
+            input.addPackets(0);
+        QThread::msleep(1);
+    }
+
+    QVERIFY(queued.expired());
+    QVERIFY(!calledThere);
+    QVERIFY(!calledHere);
+    QCoreApplication::processEvents();
+    QVERIFY(calledHere);
+    reader.stop();
 }
 
 void tst_ZRPlayerReader::endOfInputKeepsTheThread()

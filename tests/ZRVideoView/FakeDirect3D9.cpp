@@ -15,6 +15,18 @@ FakeDirect3D9 *current = nullptr;
 const D3DPRESENT_PARAMETERS ownParameters = {640, 480, D3DFORMAT(21), 3, D3DMULTISAMPLE_TYPE(4), 5,
     D3DSWAPEFFECT(6), reinterpret_cast<HWND>(0x1234), FALSE, TRUE, D3DFORMAT(7), 8, 9, 10};
 
+const struct {
+    const char *device;
+    const char *picture;
+} decoders[] = {{"decoderDevice", "picture"}, {"nextDevice", "nextPicture"}};
+
+const char *deviceOf(const void *picture)
+{
+    const bool first =
+        qstrcmp(static_cast<const Object *>(picture)->name, decoders[0].picture) == 0;
+    return decoders[first ? 0 : 1].device;
+}
+
 QString number(quint32 value)
 {
     return QString::number(value);
@@ -139,7 +151,7 @@ extern const IDirect3DDevice9Vtbl deviceTable;
 const IDirect3DSurface9Vtbl surfaceTable = [] {
     auto table = basicTable<IDirect3DSurface9, IDirect3DSurface9Vtbl>();
     table.GetDevice = [](IDirect3DSurface9 *self, IDirect3DDevice9 **device) -> HRESULT {
-        return handOut(call(self, "GetDevice"), device, &deviceTable, "decoderDevice");
+        return handOut(call(self, "GetDevice"), device, &deviceTable, deviceOf(self));
     };
     table.LockRect = [](IDirect3DSurface9 *self, D3DLOCKED_RECT *locked, const RECT *rect,
                          DWORD flags) -> HRESULT {
@@ -263,13 +275,14 @@ FakeDirect3D9::~FakeDirect3D9()
     current = nullptr;
 }
 
-void *FakeDirect3D9::picture()
+void *FakeDirect3D9::picture(int decoder)
 {
-    if (!lentPicture) {
-        make(&deviceTable, "decoderDevice");
-        lentPicture = make(&surfaceTable, "picture");
+    Object *&lent = lentPictures[decoder];
+    if (!lent) {
+        make(&deviceTable, decoders[decoder].device);
+        lent = make(&surfaceTable, decoders[decoder].picture);
     }
-    return lentPicture;
+    return lent;
 }
 
 QStringList FakeDirect3D9::alive() const

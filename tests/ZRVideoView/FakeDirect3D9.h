@@ -10,8 +10,9 @@
 // Direct3D 9 as the program finds it where Direct3DCreate9 is wrapped: writes down each call with
 // all its arguments, as "device.Present(null, null, null, null)", and can have any of them fail.
 // Objects go by the names direct3d, device, surface, backBuffer, chain, picture (a hardware
-// frame's surface), decoderDevice (the one that made it) and ownChain (that one's own). One at a
-// time, on the GUI thread. What is presented is red.
+// frame's surface), decoderDevice (the one that made it), ownChain (that one's own), and
+// nextPicture and nextDevice of a second decoder. One at a time, on the GUI thread. What is
+// presented is red.
 class FakeDirect3D9
 {
 public:
@@ -30,8 +31,8 @@ public:
     std::vector<quint8> memory = std::vector<quint8>(4 << 20); // of the surface
     std::function<quintptr()> window; // the handle that goes by "window"
 
-    // A decoder's surface, whose reference it keeps, as that to its device.
-    void *picture();
+    // The first or second decoder's surface, whose reference it keeps, as that to its device.
+    void *picture(int decoder = 0);
 
     // Objects with references left and how many, as "device 1".
     QStringList alive() const;
@@ -48,5 +49,5 @@ public:
 
 private:
     std::deque<Object> objects; // released ones stay, so that a call to one is seen
-    Object *lentPicture = nullptr;
+    Object *lentPictures[2] = {};
 };

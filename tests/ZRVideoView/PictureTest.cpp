@@ -1,7 +1,7 @@
 #include "PictureTest.h"
 #include "GraphicsDriver.h"
+#include "ShownLikeness.h"
 #include "TestCard.h"
-#include "ZRLetterbox.h"
 #include "ZRVideoView.h"
 
 #include <QThread>
@@ -16,7 +16,6 @@ Q_DECLARE_METATYPE(FrameMaker)
 
 namespace {
 
-constexpr double enough = 35; // dB
 constexpr int patience = 20000;
 
 struct FrameThread : QThread {
@@ -53,26 +52,9 @@ void PictureTest::cleanup()
     keepGraphicsDriver();
 }
 
-// Whether the screen shows the frame in its place, and black around it.
 bool PictureTest::shows(const AVFrame &frame)
 {
-    const QRect area = zrLetterbox({frame.width, frame.height}, view.widget->size());
-    double best = 0;
-    bool exact = false;
-    const bool shown = QTest::qWaitFor(
-        [&] {
-            const QImage shot = TestCard::shot(*view.widget);
-            exact = TestCard::fillsExactly(shot, area);
-            best = std::max(best, TestCard::likeness(shot, area, frame));
-            return exact && best >= enough;
-        },
-        patience);
-    qInfo("%dx%d on %dx%d: %.1f dB", frame.width, frame.height, area.width(), area.height(), best);
-    if (!shown) {
-        qWarning("letterbox %s", exact ? "right" : "wrong");
-        TestCard::shot(*view.widget).save(QCoreApplication::applicationDirPath() + "/failed.png");
-    }
-    return shown;
+    return ShownLikeness::computed.isReached(*view.widget, frame);
 }
 
 void PictureTest::isBlackWithoutAFrame()

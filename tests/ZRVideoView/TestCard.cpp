@@ -129,9 +129,14 @@ QImage TestCard::reference(const AVFrame &frame, const QSize &size)
 
 QImage TestCard::shot(const QWidget &widget)
 {
-    const QPoint corner = widget.mapToGlobal(QPoint());
+    return shot(widget, widget.rect());
+}
+
+QImage TestCard::shot(const QWidget &widget, const QRect &part)
+{
+    const QPoint corner = widget.mapToGlobal(part.topLeft());
     return QGuiApplication::primaryScreen()
-        ->grabWindow(0, corner.x(), corner.y(), widget.width(), widget.height())
+        ->grabWindow(0, corner.x(), corner.y(), part.width(), part.height())
         .toImage()
         .convertToFormat(QImage::Format_RGB32);
 }

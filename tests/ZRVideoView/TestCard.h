@@ -17,8 +17,9 @@ Frame frame(int width, int height, int format, AVColorSpace space = AVCOL_SPC_UN
 // The frame at that size: bicubic, accurately rounded, chroma at full size.
 QImage reference(const AVFrame &frame, const QSize &size);
 
-// What the screen shows of a widget.
+// What the screen shows of a widget, or of a part of it.
 QImage shot(const QWidget &widget);
+QImage shot(const QWidget &widget, const QRect &part);
 
 // Likeness of the shot's area to the frame, in dB: peak signal to noise ratio over all channels.
 double likeness(const QImage &shot, const QRect &area, const AVFrame &frame);

@@ -3,7 +3,6 @@
 #include "ShownLikeness.h"
 #include "TestCard.h"
 #include "ZRDirectVideoView.h"
-#include "ZRLetterbox.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -56,7 +55,7 @@ Frame card(int width, int height, int format = AV_PIX_FMT_YUV420P)
 double renderedLikeness(const AVFrame &frame)
 {
     const QImage rendered = PresentedPicture::last();
-    return rendered.isNull() ? 0 : ShownLikeness::of(rendered, rendered.rect(), frame);
+    return rendered.isNull() ? 0 : ShownLikeness::presented.of(rendered, rendered.rect(), frame);
 }
 
 }
@@ -83,26 +82,9 @@ void tst_ZRDirect3DPicture::open(const QSize &viewSize)
     QVERIFY(QTest::qWaitForWindowExposed(window.get()));
 }
 
-// Whether the screen shows the frame in its place to the pixel, and black around it.
 bool tst_ZRDirect3DPicture::shows(const AVFrame &frame)
 {
-    const QRect area = zrLetterbox({frame.width, frame.height}, view->size());
-    double best = 0;
-    bool exact = false;
-    const bool shown = QTest::qWaitFor(
-        [&] {
-            const QImage shot = TestCard::shot(*view);
-            exact = TestCard::fillsExactly(shot, area);
-            best = std::max(best, ShownLikeness::of(shot, area, frame));
-            return exact && best >= ShownLikeness::enough;
-        },
-        patience);
-    qInfo("%dx%d on %dx%d: %.1f dB", frame.width, frame.height, area.width(), area.height(), best);
-    if (!shown) {
-        qWarning("letterbox %s", exact ? "right" : "wrong");
-        TestCard::shot(*view).save(QCoreApplication::applicationDirPath() + "/failed.png");
-    }
-    return shown;
+    return ShownLikeness::presented.isReached(*view, frame);
 }
 
 bool tst_ZRDirect3DPicture::showsBlack()
@@ -132,7 +114,7 @@ void tst_ZRDirect3DPicture::rendersThePicture()
     QCOMPARE(rendered.size(), QGuiApplication::primaryScreen()->size());
     const double rendition = renderedLikeness(*frame);
     qInfo("%dx%d rendered: %.1f dB", video.width(), video.height(), rendition);
-    QVERIFY(rendition >= ShownLikeness::enough);
+    QVERIFY(rendition >= ShownLikeness::presented.enough);
 }
 
 // YV12 says nothing about its range: the same planes come out alike under both formats.
@@ -178,7 +160,7 @@ void tst_ZRDirect3DPicture::streamMayChangeItsSize()
     for (const QSize &size : {QSize(640, 480), QSize(1280, 720), QSize(360, 640)}) {
         const Frame frame = card(size.width(), size.height());
         view->update(frame.get());
-        QVERIFY(renderedLikeness(*frame) >= ShownLikeness::enough);
+        QVERIFY(renderedLikeness(*frame) >= ShownLikeness::presented.enough);
         QVERIFY(shows(*frame));
     }
 }

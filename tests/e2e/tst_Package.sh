@@ -8,33 +8,12 @@ root=$(cd "$here/../.." && pwd)
 . "$root/scripts/lib/packages.sh"
 . "$root/scripts/lib/network.sh"
 . "$root/scripts/lib/linux-pack.sh"
-
-# expect TEXT COMMAND...: the command succeeds.
-expect() {
-    local text=$1
-    shift
-    "$@" >/dev/null || { echo "FAIL: $text" >&2; exit 1; }
-    echo "PASS: $text"
-}
-same() { diff <(printf '%s\n' "$1") <(printf '%s\n' "$2") >&2; } # EXPECTED FOUND
-
-windows() { [ "$(xdotool search --onlyvisible --class "$name" 2>/dev/null | wc -l)" -eq "$1" ]; }
-
-# use PROGRAM: starts it, waits until its search is over, and closes its window.
-use() {
-    local program name=$1
-    "./$name" &
-    program=$!
-    await windows 2
-    await windows 1
-    xdotool windowactivate --sync "$(xdotool search --onlyvisible --class "$name")" key alt+F4
-    wait "$program"
-}
+. "$here/package-test.sh"
 
 if [ "$1" = --unpacked ]; then
     export HOME=$2
-    use VorlynIPTool
-    use VorlynBench
+    use VorlynIPTool ./VorlynIPTool
+    use VorlynBench ./VorlynBench
     exit
 fi
 
