@@ -2,6 +2,7 @@
 
 #include "HostProcess.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -59,9 +60,19 @@ bool ProgramFolder::quit()
         && process.exitCode() == 0;
 }
 
+// A window of any program that goes during the search breaks it off with an error: it begins anew.
 QStringList ProgramFolder::windows() const
 {
-    return linesOf(Hands::output("xdotool", {"search", "--onlyvisible", "--class", program}));
+    const QDeadlineTimer deadline(patience);
+    do {
+        HostProcess search;
+        if (!search.start("xdotool", {"search", "--onlyvisible", "--class", program}))
+            return QStringList();
+        const bool found = search.waitForSuccess();
+        if (found || search.errors().isEmpty()) // there are some, or none
+            return linesOf(QString::fromUtf8(search.readAll()));
+    } while (!deadline.hasExpired());
+    return QStringList();
 }
 
 bool ProgramFolder::awaitWindows(int count) const

@@ -12,6 +12,8 @@ class ProgramFolder
 {
 public:
     static constexpr int patience = 60000; // milliseconds
+    // For the program's settings: so long is the first search's dialog surely seen.
+    static constexpr int searchSeconds = 4;
 
     // `name` is the folder's, in one of its own.
     explicit ProgramFolder(const QString &program = QStringLiteral("VorlynIPTool"),

@@ -88,7 +88,8 @@ void tst_Program::firstRun()
 
 void tst_Program::renameByMouseAndKeyboard()
 {
-    SettingsFile(program->path()).write({{"langage", "en"}, {"search seconds", 2}});
+    SettingsFile(program->path())
+        .write({{"langage", "en"}, {"search seconds", ProgramFolder::searchSeconds}});
     QVERIFY(program->start());
     const QSize size = Hands::sizeOf(program->mainWindow());
     const int panelTop = size.height() - 401;
@@ -128,7 +129,7 @@ void tst_Program::readOnlyFolder()
     const auto end = qScopeGuard([&] {
         program->process.kill();
         program->process.waitForFinished();
-        HostProcess::run("umount", {folder});
+        HostProcess::run("umount", {"--lazy", folder}); // Wine may still have the program file open
     });
     QVERIFY(!QDir(program->path()).mkdir("new"));
     QVERIFY(program->start());

@@ -113,8 +113,8 @@ void tst_ScanStation::init()
     const QFileInfo library(QStringLiteral(WINPSK_LIBRARY));
     QVERIFY(QFile::copy(library.filePath(), program->filePath(library.fileName())));
     SettingsFile(program->path())
-        .write({{"langage", "en"}, {"search seconds", 2}, {"printer name", "POSTEK G6000"},
-            {"label padding left", 1.5}});
+        .write({{"langage", "en"}, {"search seconds", ProgramFolder::searchSeconds},
+            {"printer name", "POSTEK G6000"}, {"label padding left", 1.5}});
 }
 
 void tst_ScanStation::cleanup()

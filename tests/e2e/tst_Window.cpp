@@ -10,6 +10,7 @@
 #include "ModalDriver.h"
 #include "SettingsFile.h"
 #include "Startup.h"
+#include "TestNetwork.h"
 #include "VorlynDeviceIPInfoDialog.h"
 #include "VorlynDeviceIPToolWidget.h"
 #include "VorlynDeviceIpSettingsDialog.h"
@@ -26,9 +27,11 @@
 #include <QComboBox>
 #include <QCursor>
 #include <QElapsedTimer>
+#include <QHeaderView>
 #include <QJsonArray>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
 #include <QScopedPointer>
 #include <QSet>
@@ -192,13 +195,29 @@ void tst_Window::screen()
         HostProcess::run("import", {"-silent", "-window", "root", HostProcess::path(file)});
         return QImage(file).copy(place).convertToFormat(QImage::Format_RGB32);
     };
+    const auto areaOf = [this](const QWidget *part) {
+        return QRect(part->mapTo(window.data(), QPoint()), part->size());
+    };
+    // The style of Windows draws a header straight into the window's picture, and on that Qt writes
+    // darker than on a picture that is grabbed: there it has to be in the same places only.
+    const auto comparable = [&](QImage picture, const QPoint &corner) {
+        const QRect texts = areaOf(table()->horizontalHeader()).translated(-corner);
+        const QRect themed = texts & picture.rect();
+        if (TestNetwork::inWine() && !themed.isEmpty()) {
+            const QImage written = picture.copy(themed).createMaskFromColor(qRgb(255, 255, 255));
+            QPainter(&picture).drawImage(themed.topLeft(), written);
+        }
+        return picture;
+    };
     QCursor::setPos(place.center());
     for (QWidget *part : QVector<QWidget *>{header(), devices(), panel()}) {
-        const QRect area(part->mapTo(window.data(), QPoint()), part->size());
+        const QRect area = areaOf(part);
+        const auto shown = [&] { return comparable(shot().copy(area), area.topLeft()); };
         const auto painted = [&] {
-            return window->grab(area).toImage().convertToFormat(QImage::Format_RGB32);
+            const QImage grabbed = window->grab(area).toImage();
+            return comparable(grabbed.convertToFormat(QImage::Format_RGB32), area.topLeft());
         };
-        QTRY_VERIFY2(shot().copy(area) == painted(), part->metaObject()->className());
+        QTRY_VERIFY2(shown() == painted(), part->metaObject()->className());
     }
 
     // Something is written in the rows of all eight cameras, and below them nothing.
