@@ -1,5 +1,5 @@
 # Sourced by the tests of the packages, after network.sh for await.
-. "$root/scripts/lib/display.sh"
+. "$root/scripts/lib/display.sh" # for picture
 
 # expect TEXT COMMAND...: the command succeeds.
 expect() {
@@ -10,15 +10,21 @@ expect() {
 }
 same() { diff <(printf '%s\n' "$1") <(printf '%s\n' "$2") >&2; } # EXPECTED FOUND
 
-# use NAME COMMAND...: starts a program, waits until its search is over and whatever else $seen says,
-# and closes its window.
+# use NAME COMMAND...: starts a program in this folder, waits until it has searched and whatever else
+# $seen says, and closes its window, behind what stands before it.
+searches=0
 use() {
     local program name=$1
     "${@:2}" &
     program=$!
-    await windows 2
-    await windows 1
+    searches=$((searches + 1))
+    await searched
     ${seen:-true}
-    xdotool windowactivate --sync "$(xdotool search --onlyvisible --class "$name")" key alt+F4
+    await closed
     wait "$program"
+}
+searched() { [ "$(grep -l '"method":"search"' log/*.clog | wc -l)" -eq $searches ]; }
+closed() {
+    xdotool windowactivate "$(xdotool search --onlyvisible --class "$name" | head -n 1)" key alt+F4
+    ! kill -0 "$program"
 }
