@@ -7,9 +7,10 @@
 #
 # MACs are fixed. $camera is a process in the cameras' namespace; end it, and the namespace is gone.
 
-# await COMMAND...: until it succeeds, for ten seconds at the most.
+# await COMMAND...: until it succeeds, for some $patience seconds at the most.
+patience=10
 await() {
-    for _ in $(seq 500); do
+    for _ in $(seq $((patience * 50))); do
         if "$@" >/dev/null 2>&1; then return; fi
         sleep 0.02
     done

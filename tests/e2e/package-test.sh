@@ -12,6 +12,7 @@ same() { diff <(printf '%s\n' "$1") <(printf '%s\n' "$2") >&2; } # EXPECTED FOUN
 
 # use NAME COMMAND...: starts a program in this folder, waits until it has searched and whatever else
 # $seen says, and closes its window, behind what stands before it.
+patience=60
 searches=0
 use() {
     local program name=$1
