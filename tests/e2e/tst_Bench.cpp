@@ -239,7 +239,7 @@ void tst_Bench::automaticRun()
         return press("searchButton") && fleet->requests("search").size() > before;
     };
     QTRY_VERIFY_WITH_TIMEOUT(searches(), ProgramFolder::patience);
-    QVERIFY(program->awaitWindows(1));
+    QVERIFY(program->awaitWindows(2) && program->awaitWindows(1));
     expected.append("log/*.clog");
     QCOMPARE(files(), expected);
     const QByteArray log = savedLog("saved.txt");
