@@ -74,7 +74,7 @@ expect "the distribution has them all" dpkg-query -W $named
 
 expect "the programs start and end" \
     as_user env -i -C "$programs" PATH="$PATH" HOME="$work/screen" TMPDIR="$user/tmp" \
-    LSAN_OPTIONS="${LSAN_OPTIONS:-}" \
+    ASAN_OPTIONS="${ASAN_OPTIONS:-}" LSAN_OPTIONS="${LSAN_OPTIONS:-}" \
     "$root/tests/support/run-test.sh" --display --network -- "$here/tst_Package.sh" --unpacked "$user/home"
 added=$(comm -13 <(echo "$before") <(files) | sed -E 's/[0-9]{14}/TIME/')
 expect "they leave settings and log beside themselves and nothing else" \

