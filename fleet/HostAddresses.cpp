@@ -1,6 +1,7 @@
 #include "HostAddresses.h"
 
 #include <QNetworkInterface>
+#include <QProcess>
 
 #include <algorithm>
 
@@ -82,6 +83,23 @@ bool HostAddresses::add(const QVector<HostAddress> &addresses, QString *error)
         change(Change::Remove, interface, made, &ignored);
     }
     return good;
+}
+
+QString HostAddresses::run(
+    const QString &program, const QStringList &arguments, const QByteArray &input)
+{
+    constexpr int longestWaitMs = 60000;
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(program, arguments);
+    if (!input.isEmpty())
+        process.write(input);
+    process.closeWriteChannel();
+    if (process.waitForFinished(longestWaitMs) && process.exitStatus() == QProcess::NormalExit
+        && process.exitCode() == 0)
+        return QString();
+    const QString reason = QString::fromLocal8Bit(process.readAll()).simplified();
+    return reason.isEmpty() ? process.errorString() : reason;
 }
 
 QString HostAddresses::failure(

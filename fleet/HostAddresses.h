@@ -37,6 +37,9 @@ private:
     enum class Change { Add, Remove };
     static bool change(Change change, const QString &interface,
         const QVector<HostAddress> &addresses, QString *error);
+    // A program of the system's. Empty when it went well, else what it says against it.
+    static QString run(
+        const QString &program, const QStringList &arguments, const QByteArray &input = {});
     // "can't add 10.77.0.11/24 to eth0: " and why.
     static QString failure(
         Change change, const QString &interface, const HostAddress &address, const QString &reason);

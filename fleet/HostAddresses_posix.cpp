@@ -1,11 +1,8 @@
 #include "HostAddresses.h"
 
-#include <QProcess>
 #include <QStandardPaths>
 
 namespace {
-
-constexpr int longestWaitMs = 60000;
 
 QString findIp()
 {
@@ -35,16 +32,9 @@ bool HostAddresses::change(
                      .arg(interface)
                      .toLocal8Bit();
     }
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, {QStringLiteral("-batch"), QStringLiteral("-")});
-    process.write(lines);
-    process.closeWriteChannel();
-    if (process.waitForFinished(longestWaitMs) && process.exitStatus() == QProcess::NormalExit
-        && process.exitCode() == 0)
+    const QString reason = run(program, {QStringLiteral("-batch"), QStringLiteral("-")}, lines);
+    if (reason.isEmpty())
         return true;
-    const QString reason = QString::fromLocal8Bit(process.readAll()).simplified();
-    *error = failure(
-        change, interface, addresses.first(), reason.isEmpty() ? process.errorString() : reason);
+    *error = failure(change, interface, addresses.first(), reason);
     return false;
 }

@@ -2,13 +2,10 @@
 
 #include <QElapsedTimer>
 #include <QNetworkAddressEntry>
-#include <QProcess>
 #include <QThread>
 #include <QUdpSocket>
 
 namespace {
-
-constexpr int longestWaitMs = 60000;
 
 // Empty when there is none of this length.
 QString netmask(const HostAddress &address)
@@ -30,19 +27,6 @@ QStringList netshArguments(bool adding, const QString &interface, const HostAddr
                   << QStringLiteral("skipassource=true");
     }
     return arguments;
-}
-
-// Empty when it went well, else what it says against it.
-QString runNetsh(const QStringList &arguments)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral("netsh"), arguments);
-    if (process.waitForFinished(longestWaitMs) && process.exitStatus() == QProcess::NormalExit
-        && process.exitCode() == 0)
-        return QString();
-    const QString reason = QString::fromLocal8Bit(process.readAll()).simplified();
-    return reason.isEmpty() ? process.errorString() : reason;
 }
 
 // A new address is of use once the system has seen, within seconds, that no other computer has it.
@@ -71,7 +55,8 @@ bool HostAddresses::change(
         return false;
     };
     for (const HostAddress &address : addresses) {
-        const QString reason = runNetsh(netshArguments(adding, interface, address));
+        const QString reason =
+            run(QStringLiteral("netsh"), netshArguments(adding, interface, address));
         if (!reason.isEmpty())
             return complain(address, reason);
     }

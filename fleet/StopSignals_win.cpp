@@ -30,6 +30,6 @@ StopSignals::StopSignals(QObject *parent) : QObject(parent)
 
 StopSignals::~StopSignals()
 {
-    lifetime.unlock();
+    lifetime.unlock(); // first: while a handler waits, the system changes no handlers
     SetConsoleCtrlHandler(handle, FALSE);
 }

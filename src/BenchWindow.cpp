@@ -162,10 +162,9 @@ void BenchWindow::makePages()
     productionTool = addPage<VorlynDeviceMPToolWidget>("productionTool", "Production Tool");
     connect(productionTool, &VorlynDeviceMPToolWidget::requestStartMedia, this,
         &BenchWindow::startMedia);
-    for (const char *name : {"macSettingButton", "nameSettingButton", "ipSettingButton",
-             "p2pIdSettingButton", "functionIdSettingButton"})
-        connect(productionTool->findChild<QPushButton *>(QString::fromLatin1(name)),
-            &QPushButton::clicked, this, &BenchWindow::refreshPages); // after its work
+    const QRegularExpression writes(QStringLiteral("SettingButton$"));
+    for (const QPushButton *button : productionTool->findChildren<QPushButton *>(writes))
+        connect(button, &QPushButton::clicked, this, &BenchWindow::refreshPages); // after its work
     auto *testTable = addPage<VorlynDeviceGenerationWidget>("testTable", "Test Table");
     auto *factoryTests = addPage<FactoryTestsPanel>("factoryTests", "Factory Tests");
     factoryTests->setGenerationWidget(testTable);

@@ -9,7 +9,6 @@
 #include <iterator>
 
 namespace {
-constexpr char version[] = "2.2.6";
 constexpr char buildDate[] = "20240319";
 
 constexpr Qt::Alignment nameAlignment = Qt::AlignRight | Qt::AlignVCenter;
@@ -107,7 +106,7 @@ void ZRSettingsDialog::onLanguageChanged()
         names[i]->setText(QStringLiteral("%1 : ").arg(translate(rows[i].name)));
     versionNameLabel->setAlignment(nameAlignment);
     versionLabel->setAlignment(valueAlignment);
-    versionLabel->setText(QStringLiteral("%1 IPTool").arg(version));
+    versionLabel->setText(QStringLiteral(VORLYN_VERSION " IPTool"));
     for (int i = 0; i < int(std::size(languages)); ++i)
         languageComboBox->setItemText(i, translate(languages[i].text));
     for (int i = 0; i < int(std::size(hardwareTexts)); ++i)
