@@ -49,10 +49,7 @@ trap finish EXIT
 
 start_fleet() { # OPTION...
     stop_fleet
-    : >"$work/ready"
-    nsenter -t "$camera" -n "$bin/vorlyn-fleet" --interface cam-a "$@" >"$work/ready" &
-    fleet=$!
-    await grep -q READY "$work/ready"
+    start_cameras "$bin/vorlyn-fleet" "$work/ready" "$@" </dev/null
 }
 
 many="--count 2000 --no-addresses --http-port 0"

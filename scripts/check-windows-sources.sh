@@ -3,7 +3,7 @@
 # Windows siblings, the sources that stand behind if(WIN32) in a CMakeLists.txt, the resource scripts.
 # It needs the cross compiler and this system's Qt and FFmpeg headers, nothing built for Windows.
 # One line a file; ends with 1 when one of them fails, having tried all.
-set -eu
+set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/lib/packages.sh
 
@@ -12,13 +12,15 @@ install_packages $build_packages g++-mingw-w64-x86-64-posix
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# Those of the name, and those that CMake adds for Windows.
+# Those of the name, and those that CMake adds for Windows. "none" is what stands for a library that is
+# missing there.
 windows_sources() {
-    find src fleet tests -name '*_win.cpp' -o -name '*_d3d9.cpp'
+    find src fleet tests -name '*_win.cpp' -o -name '*_d3d9.cpp' -o -name '*_none.cpp'
     find src fleet tests -name CMakeLists.txt -exec awk '
         /^ *if\(WIN32/ { on = 1 }
         /^ *(else|endif)\(/ { on = 0 }
         on {
+            gsub(/\$\{CMAKE_CURRENT_SOURCE_DIR\}\//, "")
             folder = FILENAME
             sub("/[^/]*$", "/", folder)
             while (match($0, /[^ ()]+\.cpp/)) {
@@ -27,9 +29,10 @@ windows_sources() {
             }
         }' {} +
 }
-mapfile -t sources < <(windows_sources | xargs realpath --relative-to=. | sort -u)
+listed=$(windows_sources | xargs realpath -e --relative-to=. | sort -u)
+mapfile -t sources <<<"$listed"
 mapfile -t scripts < <(find src fleet -name '*.rc' | sort)
-[ ${#sources[@]} -gt 0 ] # an empty list would pass unseen
+[ -n "$listed" ] # an empty list would pass unseen
 [ ${#scripts[@]} -gt 0 ]
 
 # Of the system's folder only what belongs to no system: its other headers are the C library's.

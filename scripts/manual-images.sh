@@ -29,6 +29,7 @@ if [ -z "${VORLYN_TEST_CAMERA_PID:-}" ]; then
 fi
 
 work=$(mktemp -d)
+camera=$VORLYN_TEST_CAMERA_PID
 fleet= program=
 stop() { # PID
     [ -z "$1" ] || { kill "$1" && wait "$1"; } 2>/dev/null || true
@@ -190,17 +191,10 @@ bench_images() {
     stop_program
 }
 
-start_fleet() {
-    nsenter -t "$VORLYN_TEST_CAMERA_PID" -n "$build/bin/vorlyn-fleet" --interface cam-a --count 8 \
-        --first-address 10.77.0.11 --journal "$work/journal" >"$work/fleet" <"$work/orders" &
-    fleet=$!
-    await grep -q READY "$work/fleet"
-}
-
 take() { # LANGUAGE
     language=$1
-    rm -f "$work/fleet"
-    start_fleet
+    start_cameras "$build/bin/vorlyn-fleet" "$work/fleet" --count 8 --first-address 10.77.0.11 \
+        --journal "$work/journal" <"$work/orders"
     tool_images
     bench_images
     stop "$fleet"

@@ -53,14 +53,6 @@ finish() {
 trap finish EXIT
 trap 'exit 143' TERM INT
 
-start_fleet() {
-    # Not through in_cameras: the shell that a function gets would be ended in its place.
-    nsenter -t "$camera" -n "$bin/vorlyn-fleet" --interface cam-a --count 8 --first-address 10.77.0.11 \
-        --journal "$work/journal" >"$work/fleet" &
-    fleet=$!
-    await grep -q READY "$work/fleet"
-}
-
 # place_program FOLDER: a copy of the program that prints to the simulated label printer.
 place_program() {
     local settings=$1/configure/configure.ini
@@ -92,7 +84,8 @@ take_screenshots() {
 }
 
 make_network
-start_fleet
+start_cameras "$bin/vorlyn-fleet" "$work/fleet" --count 8 --first-address 10.77.0.11 \
+    --journal "$work/journal" </dev/null
 if [ -n "${DISPLAY:-}" ]; then
     place_program "$demo"
     echo "The label printer's labels: $demo/labels"

@@ -18,8 +18,7 @@ if [ "${1:-}" = --test ]; then
     shift
 fi
 
-# Objects stay in the cache too, so that a fresh clone compiles what has changed alone.
-export CCACHE_DIR=$cache/ccache CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
+keep_objects
 
 configure() {
     VORLYN_WINDOWS_KIT=$kit VORLYN_NATIVE_BUILD=$native cmake --preset windows

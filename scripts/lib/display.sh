@@ -19,4 +19,4 @@ make_display() { # FOLDER: sets DISPLAY and $display_pids
 # windows N: exactly N windows of the program $name are on the screen.
 windows() { [ "$(xdotool search --onlyvisible --class "$name" 2>/dev/null | wc -l)" -eq "$1" ]; }
 # The preview of the chosen camera shows a picture, seen by its light.
-picture() { import -window root -crop 400x200+400+200 -format '%[fx:mean > 0.1]' info: | grep -qx 1; }
+picture() { import -window root -crop 400x200+200+60 -format '%[fx:mean > 0.1]' info: | grep -qx 1; }

@@ -10,7 +10,8 @@
 # await COMMAND...: until it succeeds, for some $patience seconds at the most.
 patience=10
 await() {
-    for _ in $(seq $((patience * 50))); do
+    local end=$((SECONDS + patience))
+    while [ $SECONDS -le $end ]; do
         if "$@" >/dev/null 2>&1; then return; fi
         sleep 0.02
     done
@@ -40,6 +41,15 @@ add_link() { # letter subnet
     ip link set "veth-$1" up
     in_cameras ip addr add "10.$2.0.2/24" dev "cam-$1"
     in_cameras ip link set "cam-$1" up
+}
+
+# start_cameras FLEET OUTPUT OPTION...: sets $fleet. The fleet reads its orders from standard input.
+start_cameras() {
+    : >"$2"
+    # Not through in_cameras: the shell that a function gets would be ended in its place.
+    nsenter -t "$camera" -n "$1" --interface cam-a "${@:3}" >"$2" <&0 &
+    fleet=$!
+    await grep -q READY "$2"
 }
 
 make_network() { # sets $camera

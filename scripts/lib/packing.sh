@@ -29,8 +29,9 @@ fill_text() {
 
 # No file may tell where on this machine it was built.
 check_no_folders() { # PACKED FOLDER...
-    local folder
+    local folder found
     for folder in "${@:2}"; do
-        ! grep -rlF -- "$folder/" "$1" || fail "these files name $folder"
+        found=$(grep -rlF -- "$folder/" "$1") || [ $? -eq 1 ] # none does
+        [ -z "$found" ] || fail "$folder is named in $found"
     done
 }

@@ -1,9 +1,9 @@
 # Sourced, after packages.sh. The kit for Windows programs: Qt, FFmpeg and libqrencode, built by the
 # cross compiler from the distribution's source packages, in the versions it ships. It lies outside
-# of the tree, in $VORLYN_WINDOWS_CACHE, and each part is built once: a run that was stopped goes on
-# where it ended. FFmpeg is there twice, as tests also encode: kit/test has the encoders.
+# of the tree, in the cache, and each part is built once: a run that was stopped goes on where it
+# ended. FFmpeg is there twice, as tests also encode: kit/test has the encoders.
+. "$root/scripts/lib/windows-cache.sh"
 
-cache=$(realpath -m "${VORLYN_WINDOWS_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/vorlyn-windows}")
 kit=$cache/kit
 host=x86_64-w64-mingw32
 kit_packages="g++-mingw-w64-x86-64-posix mingw-w64-tools libz-mingw-w64-dev nasm g++ make cmake ninja-build \
@@ -57,9 +57,12 @@ mend() {
     rm "$1.before"
 }
 
+# What a compiler was about to write when an earlier run was broken off is empty, and newer than its
+# source: it would be taken for done.
 in_folder() { # FOLDER COMMAND...
     mkdir -p "$1"
     cd "$1"
+    find . -name '*.o' -empty -delete
     shift
     "$@"
 }
@@ -80,7 +83,7 @@ list_sources() {
     awk -v RS= -v ORS='\n\n' "/Suites:[^\n]*$release/ && !/Enabled: *no/" \
         /etc/apt/sources.list.d/*.sources 2>/dev/null |
         sed "s/^Types:.*/Types: deb-src/; s/ *$release-backports[^ ]*//" \
-            >"$cache/apt/lists/stanzas.sources" || true
+            >"$cache/apt/lists/stanzas.sources"
     source_apt update
 }
 
@@ -141,6 +144,7 @@ mend_qtbase() {
 }
 
 configure_qtbase() { # OPTION...
+    rm -f "$cache"/done/{qtbase-*,finish-qtbase,qtmultimedia,qtsvg} # made with other options
     "$(source_of qtbase-opensource-src)/configure" "$@" -prefix "$kit" -hostprefix "$kit"
     make sub-src-qmake_all
 }
@@ -186,8 +190,8 @@ build_multimedia() {
     local source
     source=$(source_of qtmultimedia-opensource-src)
     "$kit/bin/qmake" "$source" -- -no-directshow -no-wmf -no-evr
-    in_folder src/multimedia build_qmake_part "$source/src/multimedia/multimedia.pro"
-    in_folder ../plugins/windowsaudio build_qmake_part \
+    (in_folder src/multimedia build_qmake_part "$source/src/multimedia/multimedia.pro")
+    in_folder src/plugins/windowsaudio build_qmake_part \
         "$source/src/plugins/windowsaudio/windowsaudio.pro"
 }
 
@@ -260,7 +264,7 @@ build_part() { # NAME COMMAND...: once, in its own build folder
 kit_options() { echo "$qt_configuration $qt_folders $ffmpeg_parts $ffmpeg_test_parts"; }
 windows_kit_is_there() { [ "$(kit_options)" = "$(cat "$cache/done/kit" 2>/dev/null)" ]; }
 
-make_windows_kit() {
+make_windows_kit() (
     mkdir -p "$cache"
     exec 7>"$cache/lock"
     flock 7 # one at a time
@@ -278,4 +282,7 @@ make_windows_kit() {
     build_part qtmultimedia build_multimedia
     build_part qtsvg build_svg
     kit_options >"$cache/done/kit"
-}
+)
+
+# Compiled objects stay in the cache too, so that a fresh clone compiles what has changed alone.
+keep_objects() { export CCACHE_DIR=$cache/ccache CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1; }

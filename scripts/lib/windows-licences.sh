@@ -91,9 +91,10 @@ check_ffmpeg() { # FOLDER
 }
 
 check_claims() { # FOLDER
-    (cd "$1" && find . -name '*.dll' ! -name WINPSK.dll -printf '%P\n') |
-        grep -vxF -f "$1/licenses/claimed" || return 0
-    fail "no licence is known of these libraries"
+    local found
+    found=$(cd "$1" && find . -name '*.dll' ! -name WINPSK.dll -printf '%P\n')
+    found=$(grep -vxF -f "$1/licenses/claimed" <<<"$found") || [ $? -eq 1 ] # nothing is left over
+    [ -z "$found" ] || fail "no licence is known of $found"
 }
 
 add_licences() { # FOLDER

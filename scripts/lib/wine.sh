@@ -1,10 +1,11 @@
-# Sourced, after network.sh for await. Wine for Windows programs, in a prefix of its own for each
+# Sourced. Wine for Windows programs, in a prefix of its own for each
 # test: several run at once, and each one's wineserver lives in the test's own network, as it is the
 # wineserver that opens the sockets.
-# The prefix is a copy, mostly hard links, of one that is made once, in $VORLYN_WINDOWS_CACHE.
+# The prefix is a copy, mostly hard links, of one that is made once, in the cache.
 
-wine_cache=${VORLYN_WINDOWS_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/vorlyn-windows}/wine
 wine_library=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+. "$wine_library/windows-cache.sh"
+wine_cache=$cache/wine
 wine_started=
 
 # A crash ends the program at once. Sound goes to the sound server that the test has, or nowhere.
@@ -41,7 +42,8 @@ REGEDIT4
 REG
 }
 
-# The mended display driver (mend-winex11.py) in place of the system's, for whom it starts only.
+# The mended display driver (mend-winex11.py) in place of the system's, but only for what is started
+# from here.
 mended_driver() { # DRIVER: prints the mended copy's path
     local mended
     mended=$wine_cache/winex11-$(cksum <"$1" | cut -d ' ' -f 1).so
@@ -59,7 +61,7 @@ enter_wine() {
     local driver mended
     if [ -n "${VORLYN_IN_WINE:-}" ]; then return; fi
     export VORLYN_IN_WINE=1
-    driver=$(find /usr/lib /opt -path '*x86_64-unix/winex11.so' -print -quit 2>/dev/null)
+    driver=$(find /usr/lib /opt -path '*x86_64-unix/winex11.so' -print -quit 2>/dev/null || true)
     if [ -n "$driver" ] && mended=$(mended_driver "$driver"); then
         exec unshare -rm sh -c 'mount --bind "$1" "$2"; shift 2; exec "$@"' sh \
             "$mended" "$driver" "$@"
@@ -90,7 +92,8 @@ make_template() {
     WINEPREFIX=$template wineserver -w
     part_from_home "$template"
     rm -f "$template/wineserver" # names a folder of sockets, which each copy has to find for itself
-    wine_stamp >"$wine_cache/template.stamp"
+    # As part of a condition, nothing ends this function on the way.
+    grep -q QT_FORCE_STDERR_LOGGING "$template/user.reg" && wine_stamp >"$wine_cache/template.stamp"
 }
 
 # One makes it, and the others wait.
@@ -134,8 +137,6 @@ make_wine() { # FOLDER: sets WINEPREFIX and how Wine works
     WINEPATH=$(dll_folders)
     export LC_ALL=C.UTF-8 # else no file has a name that isn't ASCII
     export TMPDIR=$1 # for Wine's own files
-    # Else it would find the user's.
-    export PULSE_SERVER=${PULSE_SERVER:-unix:$1/no-sound}
     need_template
     export WINEPREFIX=$1/wine
     copy_template "$WINEPREFIX"

@@ -52,6 +52,10 @@ finish() {
 trap finish EXIT
 trap 'exit 143' TERM INT
 
+# Whom the user hears and prints with is no part of a test.
+export PULSE_SERVER=unix:$work/no-sound
+[ -n "${VORLYN_TEST_PRINT_FOLDER:-}" ] || export CUPS_SERVER=$work/no-printing
+
 if [ -n "$printing" ]; then
     make_printing "$work"
     "$0" "${arguments[@]}"
