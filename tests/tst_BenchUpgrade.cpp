@@ -3,13 +3,13 @@
 #include "CVTableWidget.h"
 #include "FileChoice.h"
 #include "FleetProcess.h"
+#include "GraphicsDriver.h"
 #include "ModalDriver.h"
 #include "SettingsFile.h"
 #include "UpgradeTable.h"
 #include "VorlynDevicesWidget.h"
 #include "VorlynSDK.h"
 #include "ZRAlertDialog.h"
-#include "ZRVideoView/GraphicsDriver.h"
 
 #include <QCheckBox>
 #include <QFile>

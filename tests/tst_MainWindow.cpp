@@ -6,13 +6,13 @@
 #include "FirmwareUpgradePage.h"
 #include "FleetProcess.h"
 #include "HeaderDialogs.h"
-#include "HostProcess.h"
 #include "LogCatcher.h"
 #include "MediaButton.h"
 #include "ModalDriver.h"
 #include "NetworkSettingsPage.h"
 #include "PreviewProbe.h"
 #include "SettingsFile.h"
+#include "TestNetwork.h"
 #include "VorlynDeviceGenerationWidget.h"
 #include "VorlynDeviceIPToolWidget.h"
 #include "VorlynDeviceIpSettingsWidget.h"
@@ -190,7 +190,7 @@ void tst_MainWindow::startsOnTheSavedNetwork()
 {
     QFETCH(QString, name);
     QFETCH(QString, ip);
-    QVERIFY(HostProcess::run("ip", {"address", "replace", "10.89.0.1/24", "dev", "veth-b"}));
+    QVERIFY(TestNetwork::run("ip addr replace 10.89.0.1/24 dev veth-b"));
     window.reset();
     SettingsFile().write({{"search seconds", 1}, {"network name", name}, {"network ip", ip}});
     window.reset(new MainWindow);
@@ -198,7 +198,7 @@ void tst_MainWindow::startsOnTheSavedNetwork()
     QNetworkInterface interface;
     QNetworkAddressEntry address;
     VorlynSDK::instance()->currentNetwork(interface, address);
-    QVERIFY(HostProcess::run("ip", {"address", "del", "10.89.0.1/24", "dev", "veth-b"}));
+    QVERIFY(TestNetwork::run("ip addr del 10.89.0.1/24 dev veth-b"));
     QCOMPARE(interface.humanReadableName(), name);
     QTEST(address.ip().toString(), "startedIp");
     QCOMPARE(table()->rowCount(), name == "veth-a" ? 4 : 0); // cameras answer on the first only
@@ -531,8 +531,8 @@ void tst_MainWindow::stopsTheNetwork()
 void tst_MainWindow::withoutAnyInterface()
 {
     window.reset();
-    QVERIFY(HostProcess::run("ip", {"link", "set", "veth-a", "down"}));
-    QVERIFY(HostProcess::run("ip", {"link", "set", "veth-b", "down"}));
+    QVERIFY(TestNetwork::run("ip link set veth-a down"));
+    QVERIFY(TestNetwork::run("ip link set veth-b down"));
     QTRY_VERIFY(VorlynSDK::availableInterfaces().isEmpty());
     window.reset(new MainWindow);
     QCOMPARE(table()->rowCount(), 0);
@@ -543,8 +543,8 @@ void tst_MainWindow::withoutAnyInterface()
     QVERIFY(!interface.isValid());
     QVERIFY(address.ip().isNull());
     window.reset();
-    QVERIFY(HostProcess::run("ip", {"link", "set", "veth-a", "up"}));
-    QVERIFY(HostProcess::run("ip", {"link", "set", "veth-b", "up"}));
+    QVERIFY(TestNetwork::run("ip link set veth-a up"));
+    QVERIFY(TestNetwork::run("ip link set veth-b up"));
     QTRY_COMPARE(VorlynSDK::availableInterfaces().size(), 2);
 }
 

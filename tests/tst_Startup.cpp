@@ -3,7 +3,7 @@
 #include "HostProcess.h"
 #include "LogCatcher.h"
 #include "SettingsFile.h"
-#include "TestNetwork.h"
+#include "ThisProcess.h"
 #include "VorlynSDK.h"
 #include "WithoutOpenGL.h"
 #include "ZRLocalize.h"
@@ -70,7 +70,7 @@ void tst_Startup::probe()
 
     QStringList command = {QString("MESA_GL_VERSION_OVERRIDE=") + QTest::currentDataTag(),
         HostProcess::path(QCoreApplication::applicationFilePath()), probeOnly};
-    if (TestNetwork::inWine())
+    if (ThisProcess::inWine())
         command.insert(1, "wine");
     HostProcess process;
     QVERIFY(process.start("env", command));

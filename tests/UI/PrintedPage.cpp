@@ -13,20 +13,16 @@ namespace {
 constexpr double pointsOfPixel = 72.0 / 96;
 constexpr double millimetresOfPoint = 25.4 / 72;
 constexpr double dotsOfCell = 10; // enough to see a module that is a quarter as wide as its place
-constexpr int spreadDots = 5; // closes the gaps between modules and no light module
-
-QByteArray outputOf(const QString &program, const QStringList &arguments)
-{
-    HostProcess process;
-    if (!process.start(program, arguments) || !process.waitForSuccess(60000)) {
-        qWarning("%s failed: %s", qPrintable(program), process.errors().constData());
-        return QByteArray();
-    }
-    return process.readAll();
-}
 
 // How many modules of a code's surroundings are read with it.
 constexpr double quietModules = 4;
+
+// Closes the gaps between modules, with a dot to spare, and no light module.
+int spreadDots(double cell, double broader)
+{
+    const double gap = 0.75 - broader / cell; // of a module's place
+    return int(std::lround(1 + gap * dotsOfCell / 2));
+}
 
 int resolutionFor(double cell)
 {
@@ -46,7 +42,7 @@ QString cropOf(const QRectF &rect, double dotsOfPixel)
 QStringList printJobs()
 {
     QStringList jobs;
-    const QString list = outputOf("lpstat", {"-W", "all", "-o"});
+    const QString list = HostProcess::output("lpstat", {"-W", "all", "-o"});
     for (const QString &line : list.split('\n')) {
         if (!line.isEmpty())
             jobs.append(line.section(' ', 0, 0));
@@ -64,13 +60,13 @@ PrintedPage::PrintedPage(const QString &job) :
     QFile page(file);
     if (page.open(QIODevice::ReadOnly) && page.peek(4) == "%!PS") {
         pdf = HostProcess::path(folder.filePath("page.pdf"));
-        outputOf("ps2pdf", {file, pdf});
+        HostProcess::run("ps2pdf", {file, pdf});
     }
 }
 
 QString PrintedPage::info(const QString &key) const
 {
-    const QString lines = outputOf("pdfinfo", {pdf});
+    const QString lines = HostProcess::output("pdfinfo", {pdf});
     const QRegularExpression line(
         QStringLiteral("^%1: +(.*)$").arg(key), QRegularExpression::MultilineOption);
     return line.match(lines).captured(1);
@@ -94,7 +90,7 @@ QSizeF PrintedPage::millimetres() const
 
 QString PrintedPage::svg() const
 {
-    return outputOf("pdftocairo", {"-svg", pdf, "-"});
+    return HostProcess::output("pdftocairo", {"-svg", pdf, "-"});
 }
 
 QVector<QRectF> PrintedPage::rects() const
@@ -129,34 +125,34 @@ int PrintedPage::drawings() const
 
 QString PrintedPage::writing() const
 {
-    return QString(outputOf("pdftotext", {pdf, "-"})).trimmed();
+    return QString(HostProcess::output("pdftotext", {pdf, "-"})).trimmed();
 }
 
-QByteArray PrintedPage::scan(
-    double cell, const QStringList &convertOptions, const QStringList &scanOptions) const
+QByteArray PrintedPage::scan(double cell, double broader, const QStringList &convertOptions,
+    const QStringList &scanOptions) const
 {
     const QString page = HostProcess::path(folder.filePath("page"));
     const QString print = HostProcess::path(folder.filePath("print.png"));
-    outputOf("pdftoppm",
+    HostProcess::run("pdftoppm",
         {"-r", QString::number(resolutionFor(cell)), "-gray", "-png", "-singlefile", pdf, page});
-    outputOf("convert",
+    HostProcess::run("convert",
         QStringList(page + ".png") + convertOptions
             + QStringList({"-colorspace", "gray", "-threshold", "60%", "-morphology", "Erode",
-                QStringLiteral("Square:%1").arg(spreadDots), print}));
-    return outputOf("zbarimg",
+                QStringLiteral("Square:%1").arg(spreadDots(cell, broader)), print}));
+    return HostProcess::output("zbarimg",
         QStringList({"--quiet", "--nodbus", "-Sdisable", "-Sqrcode.enable"}) + scanOptions
             + QStringList(print));
 }
 
-QString PrintedPage::read(const QRectF &square, double cell) const
+QString PrintedPage::read(const QRectF &square, double cell, double broader) const
 {
     const double quiet = quietModules * cell;
     const QRectF part = square.adjusted(-quiet, -quiet, quiet, quiet);
-    return scan(cell, {"-crop", cropOf(part, resolutionFor(cell) / 96.0), "+repage"},
+    return scan(cell, broader, {"-crop", cropOf(part, resolutionFor(cell) / 96.0), "+repage"},
         {"--raw", "-Sbinary"});
 }
 
-int PrintedPage::codeCount(double cell) const
+int PrintedPage::codeCount(double cell, double broader) const
 {
-    return scan(cell, {}, {}).count("QR-Code:");
+    return scan(cell, broader, {}, {}).count("QR-Code:");
 }

@@ -30,16 +30,17 @@ public:
     // What is written on it, without space around it.
     QString writing() const;
     // The text of the code that fills a square, read as a thermal printer would print it: dots of
-    // heat that run into each other. `cell` is the place of one module.
-    QString read(const QRectF &square, double cell) const;
+    // heat that run into each other. `cell` is the place of one module, and `broader` what a driver
+    // makes it broader than the quarter of its place as which it is drawn.
+    QString read(const QRectF &square, double cell, double broader = 0) const;
     // How many codes the whole page shows, printed the same way.
-    int codeCount(double cell) const;
+    int codeCount(double cell, double broader = 0) const;
 
 private:
     QString info(const QString &key) const;
     QString svg() const;
-    QByteArray scan(
-        double cell, const QStringList &convertOptions, const QStringList &scanOptions) const;
+    QByteArray scan(double cell, double broader, const QStringList &convertOptions,
+        const QStringList &scanOptions) const;
 
     QString file; // as it came out
     QString pdf;

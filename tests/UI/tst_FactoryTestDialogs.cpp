@@ -1,4 +1,5 @@
 #include "FactoryTestList.h"
+#include "HeldKey.h"
 #include "MetaMethods.h"
 #include "ModalDriver.h"
 #include "SdCardSize.h"
@@ -616,10 +617,6 @@ void tst_FactoryTestDialogs::heldKeyAnswersNothing()
 {
     QFETCH(int, key);
     QFETCH(Qt::KeyboardModifiers, modifiers);
-    const auto press = [&](QWidget *widget, bool repeats) {
-        QKeyEvent event(QEvent::KeyPress, key, modifiers, "\r", repeats);
-        QCoreApplication::sendEvent(widget, &event);
-    };
     for (const FactoryTest &test : factoryTests) {
         const DialogPointer dialog(test.make(nullptr));
         pass(dialog)->setEnabled(true);
@@ -633,12 +630,11 @@ void tst_FactoryTestDialogs::heldKeyAnswersNothing()
         QVERIFY(places.size() >= 3); // with both answers
         for (QWidget *place : qAsConst(places)) {
             place->setFocus(Qt::TabFocusReason);
-            for (int i = 0; i < 3; ++i)
-                press(place, true);
+            holdKey(place, key, modifiers);
             QVERIFY2(dialog->isVisible(), qPrintable(place->objectName()));
         }
         dialog->setFocus();
-        press(dialog.get(), false);
+        QTest::keyPress(dialog.get(), Qt::Key(key), modifiers);
         QVERIFY(!dialog->isVisible());
         QCOMPARE(
             dialog->result(), int(key == Qt::Key_Escape ? QDialog::Rejected : QDialog::Accepted));

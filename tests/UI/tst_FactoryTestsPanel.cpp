@@ -1,6 +1,7 @@
 #include "Devices.h"
 #include "FactoryTestList.h"
 #include "FactoryTestsPanel.h"
+#include "HeldKey.h"
 #include "MetaMethods.h"
 #include "ModalDriver.h"
 #include "VLStateItemWidget.h"
@@ -291,31 +292,25 @@ void tst_FactoryTestsPanel::heldKeyOpensNothing_data()
 void tst_FactoryTestsPanel::heldKeyOpensNothing()
 {
     QFETCH(int, key);
-    const auto press = [key](QWidget *widget, bool repeats) {
-        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, "\r", repeats);
-        QCoreApplication::sendEvent(widget, &event);
-    };
     const QSignalSpy finished(panel.get(), &FactoryTestsPanel::testFinished);
     table()->setCurrentCell(0, 0);
     table()->setFocus();
     {
-        const ModalDriver<FactoryDialog> driver([&press](FactoryDialog &dialog) {
-            for (int i = 0; i < 3; ++i)
-                press(dialog.focusWidget(), true);
+        const ModalDriver<FactoryDialog> driver([key](FactoryDialog &dialog) {
+            holdKey(dialog.focusWidget(), key);
             QVERIFY(dialog.isVisible());
             dialog.reject();
         });
-        press(table(), false);
+        QTest::keyPress(table(), Qt::Key(key));
     }
     QCOMPARE(finished.size(), 1);
     QCOMPARE(panel->result(1), int(FactoryTestFailed));
-    for (int i = 0; i < 3; ++i)
-        press(table(), true);
+    holdKey(table(), key);
     QCoreApplication::processEvents();
     QVERIFY(!QApplication::activeModalWidget());
     QCOMPARE(finished.size(), 1);
     const ModalDriver<FactoryDialog> driver(pass);
-    press(table(), false);
+    QTest::keyPress(table(), Qt::Key(key));
     QCOMPARE(finished.size(), 2);
 }
 

@@ -1,4 +1,4 @@
-#include "../ZRVideoView/GraphicsDriver.h"
+#include "GraphicsDriver.h"
 #include "PlayerProbe.h"
 #include "PreviewProbe.h"
 #include "RtspPeer.h"

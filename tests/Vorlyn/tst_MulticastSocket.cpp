@@ -1,7 +1,7 @@
 #include "CameraPeer.h"
 #include "MulticastSocket.h"
 #include "SocketFacts.h"
-#include "TestNetwork.h"
+#include "ThisProcess.h"
 #include "VorlynProtocol.h"
 
 #include <QScopeGuard>
@@ -136,7 +136,7 @@ void tst_MulticastSocket::wakeEndsALaterReceive()
 // The sender is still a member.
 void tst_MulticastSocket::leaveEndsTheTraffic()
 {
-    if (TestNetwork::inWine())
+    if (ThisProcess::inWine())
         QSKIP("Wine lets in what another socket of the machine has joined");
     CameraPeer camera("10.77.0.2");
     QCOMPARE(MulticastSocket::leave(receiver, local), 0);
@@ -174,7 +174,7 @@ void tst_MulticastSocket::failures()
 
 void tst_MulticastSocket::bindToAbsentAddress()
 {
-    if (TestNetwork::inWine())
+    if (ThisProcess::inWine())
         QSKIP("Wine binds to an address that no interface has");
     const int socket = MulticastSocket::open();
     const auto close = qScopeGuard([socket] { MulticastSocket::close(socket); });

@@ -1,5 +1,6 @@
 #include "SocketLayer.h"
 #include "TestNetwork.h"
+#include "ThisProcess.h"
 #include "VorlynSDK.h"
 
 #include <QJsonArray>
@@ -163,7 +164,7 @@ void tst_VorlynSDK::available()
 
 void tst_VorlynSDK::availableHasLinkAndMulticast()
 {
-    if (TestNetwork::inWine())
+    if (ThisProcess::inWine())
         QSKIP("Wine tells of each interface that is up that it has a link and multicast");
     const QStringList found = names(VorlynSDK::availableInterfaces());
     for (const QString &name : QStringList{"quiet0", "single0"})

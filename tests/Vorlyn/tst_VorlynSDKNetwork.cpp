@@ -767,7 +767,7 @@ void tst_VorlynSDKNetwork::requestsWaitForTheSocket()
 // The sender is bound to it; the receiver only where it isn't bound to the group.
 void tst_VorlynSDKNetwork::absentAddressFails()
 {
-    if (TestNetwork::inWine())
+    if (ThisProcess::inWine())
         QSKIP("Wine binds to an address that no interface has");
     const QByteArray ip = "10.77.0.99";
     const QString receiverLine = SocketFacts::receiverAddress(ip) == ip
@@ -852,7 +852,7 @@ void tst_VorlynSDKNetwork::onlyTheChosenInterface()
 // camera is another program's, behind another one.
 bool tst_VorlynSDKNetwork::answers(CameraPeer &camera)
 {
-    const int longest = TestNetwork::inWine() ? 1500 : 250; // milliseconds
+    const int longest = ThisProcess::inWine() ? 1500 : 250; // milliseconds
     const int id = sdk().testDeviceMicrophone(device("s1"));
     QElapsedTimer timer;
     timer.start();
@@ -946,9 +946,6 @@ void tst_VorlynSDKNetwork::interfaceMadeAnew()
     measureRecovery(*camera);
 }
 
-// On Windows a lock for which a thread has once waited keeps a handle.
-static const int lockFiles = TestNetwork::inWine() ? 5 : 0;
-
 void tst_VorlynSDKNetwork::repeatedStopIsPrompt()
 {
     sdk().stopNetwork();
@@ -962,9 +959,9 @@ void tst_VorlynSDKNetwork::repeatedStopIsPrompt()
         slowest = qMax(slowest, timer.elapsed());
         QCOMPARE(SocketFacts::boundTo(VorlynProtocol::replyPort), -1);
     }
-    QVERIFY(qAbs(ThisProcess::openFiles() - before) <= lockFiles);
+    QVERIFY(qAbs(ThisProcess::openFiles() - before) <= ThisProcess::filesOfLocks);
     qInfo("slowest stop %lld ms", slowest);
-    const qint64 longest = TestNetwork::inWine() ? 1000 : 200; // Wine's calls wait for its server
+    const qint64 longest = ThisProcess::inWine() ? 1000 : 200; // Wine's calls wait for its server
     QVERIFY2(slowest < longest, qPrintable(QString::number(slowest)));
 }
 
@@ -983,7 +980,7 @@ void tst_VorlynSDKNetwork::stopRightAfterStart()
     }
     QVERIFY2(
         timer.elapsed() < rounds * (longest + 100), qPrintable(QString::number(timer.elapsed())));
-    QVERIFY(qAbs(ThisProcess::openFiles() - before) <= lockFiles);
+    QVERIFY(qAbs(ThisProcess::openFiles() - before) <= ThisProcess::filesOfLocks);
 }
 
 void tst_VorlynSDKNetwork::passingErrorsSpin_data()
@@ -1016,7 +1013,7 @@ void tst_VorlynSDKNetwork::passingErrorsSpin()
 void tst_VorlynSDKNetwork::survivesAnything()
 {
     constexpr int round = 1000;
-    const int rounds = TestNetwork::inWine() ? 20 : 100;
+    const int rounds = ThisProcess::inWine() ? 20 : 100;
     JunkDatagrams junk(20240518);
     int found = 0;
     for (int i = 0; i < rounds; ++i) {

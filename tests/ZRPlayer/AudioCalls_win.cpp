@@ -1,10 +1,8 @@
 #include "AudioCalls.h"
 
-#include <windows.h>
+#include "LoadedFunction_win.h"
+#include "ReplaceImport.h"
 
-// The program's objects reach Qt's functions through pointers of these names, which the linker
-// then takes from here.
-#define IMPORT(name) "__imp_" name
 #define DEFAULT_OUTPUT_DEVICE "_ZN16QAudioDeviceInfo19defaultOutputDeviceEv"
 #define PREFERRED_FORMAT "_ZNK16QAudioDeviceInfo15preferredFormatEv"
 #define IS_FORMAT_SUPPORTED "_ZNK16QAudioDeviceInfo17isFormatSupportedERK12QAudioFormat"
@@ -22,8 +20,7 @@ namespace {
 
 template <typename Function> Function real(Function /*like*/, const char *name)
 {
-    return reinterpret_cast<Function>(
-        reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"Qt5Multimedia"), name)));
+    return loadedFunction<Function>(L"Qt5Multimedia", name);
 }
 
 // On Windows Qt prefers one format, whatever the device. Here it is that of the chosen sink, so

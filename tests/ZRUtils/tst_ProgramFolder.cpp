@@ -1,4 +1,4 @@
-#include "HostProcess.h"
+#include "ReadOnlyFolder.h"
 #include "ZRConfigure.h"
 #include "ZRLocalize.h"
 #include "ZRLog.h"
@@ -18,7 +18,6 @@ class tst_ProgramFolder : public QObject
 
 private slots:
     void init();
-    void cleanup();
     void namedAnyhow_data();
     void namedAnyhow();
     void writeProtected_data();
@@ -35,7 +34,6 @@ private:
 
     std::unique_ptr<QTemporaryDir> parent;
     QString folder;
-    QString mounted;
 };
 
 namespace {
@@ -76,15 +74,6 @@ void tst_ProgramFolder::init()
 {
     parent = std::make_unique<QTemporaryDir>();
     QVERIFY(parent->isValid());
-}
-
-void tst_ProgramFolder::cleanup()
-{
-    // A program that has ended for Wine may still hold its file for a moment.
-    if (!mounted.isEmpty())
-        QVERIFY(HostProcess::run("umount", {"--lazy", mounted}));
-    mounted.clear();
-    parent.reset();
 }
 
 QString tst_ProgramFolder::program() const
@@ -180,10 +169,8 @@ void tst_ProgramFolder::writeProtected()
         QVERIFY(QDir(folder).mkdir("log"));
         write(folder + "/log/20200101000000.clog", "years ago");
     }
-    const QString place = HostProcess::path(folder);
-    QVERIFY(HostProcess::run("mount", {"--bind", place, place}));
-    mounted = place;
-    QVERIFY(HostProcess::run("mount", {"-o", "remount,bind,ro", place}));
+    const ReadOnlyFolder protection(folder);
+    QVERIFY(protection.isMounted());
     QVERIFY(!QFile(folder + "/any").open(QIODevice::WriteOnly));
 
     const QJsonObject expected = {{"folder", folder}, {"language", language}, {"seconds", seconds},

@@ -5,6 +5,7 @@
 
 #include <deque>
 #include <functional>
+#include <utility>
 #include <vector>
 
 // Direct3D 9 as the program finds it where Direct3DCreate9 is wrapped: writes down each call with

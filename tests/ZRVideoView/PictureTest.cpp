@@ -1,13 +1,12 @@
 #include "PictureTest.h"
+#include "FrameStorm.h"
 #include "GraphicsDriver.h"
 #include "ShownLikeness.h"
 #include "TestCard.h"
 #include "ZRVideoView.h"
 
-#include <QThread>
 #include <QtTest>
 
-#include <atomic>
 #include <climits>
 #include <functional>
 
@@ -17,21 +16,6 @@ Q_DECLARE_METATYPE(FrameMaker)
 namespace {
 
 constexpr int patience = 20000;
-
-struct FrameThread : QThread {
-    explicit FrameThread(std::function<void(const std::atomic<bool> &)> body) :
-        body(std::move(body))
-    { }
-    ~FrameThread() override
-    {
-        stopped = true;
-        wait();
-    }
-    void run() override { body(stopped); }
-
-    std::function<void(const std::atomic<bool> &)> body;
-    std::atomic<bool> stopped{false};
-};
 
 }
 
@@ -327,24 +311,7 @@ void PictureTest::framesComeFromAnotherThread()
 {
     open({400, 300});
     const Frame card = TestCard::frame(320, 240, AV_PIX_FMT_YUV420P);
-    std::atomic<int> frames{0};
-    {
-        FrameThread thread([&](const std::atomic<bool> &stopped) {
-            for (; !stopped; ++frames) {
-                const Frame grey = greyFrame(64 + frames % 5 * 30, 48 + frames % 3 * 20);
-                view.video->update(frames % 2 ? card.get() : grey.get());
-                QThread::msleep(1);
-            }
-        });
-        thread.start();
-        for (int i = 0; i < 200 || frames < 100; ++i) {
-            view.widget->resize(100 + i % 300, 80 + i * 7 % 200);
-            if (i % 10 == 0) {
-                view.video->clear();
-            }
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        }
-    }
+    passFrameStorm(*view.widget, *view.video, card.get(), 200);
     view.video->update(card.get());
     QVERIFY(shows(*card));
 }

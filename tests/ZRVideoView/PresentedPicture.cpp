@@ -11,6 +11,7 @@ namespace {
 
 QImage picture;
 bool isRead = false;
+bool unaided = false;
 
 IDirect3D9Vtbl direct3dTable;
 decltype(IDirect3D9Vtbl::CreateDevice) systemCreateDevice;
@@ -61,6 +62,15 @@ HRESULT WINAPI present(IDirect3DDevice9 *device, const RECT *source, const RECT 
     return systemPresent(device, source, target, window, dirty);
 }
 
+bool fillsItsWindow(IDirect3DDevice9 *device, const D3DSURFACE_DESC &target)
+{
+    D3DDEVICE_CREATION_PARAMETERS made = {};
+    RECT client = {};
+    device->lpVtbl->GetCreationParameters(device, &made);
+    GetClientRect(made.hFocusWindow, &client);
+    return client.right >= LONG(target.Width) && client.bottom >= LONG(target.Height);
+}
+
 // Wine converts YUV only as far as the window reaches when the target is a back buffer that is
 // larger than its window. By way of a target of its own all of it arrives.
 HRESULT WINAPI stretchRect(IDirect3DDevice9 *device, IDirect3DSurface9 *source,
@@ -68,6 +78,10 @@ HRESULT WINAPI stretchRect(IDirect3DDevice9 *device, IDirect3DSurface9 *source,
     D3DTEXTUREFILTERTYPE filter)
 {
     const D3DSURFACE_DESC desc = describe(target);
+    unaided = fillsItsWindow(device, desc);
+    if (unaided) {
+        return systemStretchRect(device, source, sourceRect, target, targetRect, filter);
+    }
     IDirect3DSurface9 *middle = nullptr;
     device->lpVtbl->CreateRenderTarget(device, desc.Width, desc.Height, desc.Format,
         D3DMULTISAMPLE_NONE, 0, FALSE, &middle, nullptr);
@@ -117,6 +131,11 @@ extern "C" IDirect3D9 *WINAPI __wrap_Direct3DCreate9(UINT sdkVersion)
 QImage PresentedPicture::last()
 {
     return picture;
+}
+
+bool PresentedPicture::isUnaided()
+{
+    return unaided;
 }
 
 void PresentedPicture::forget()

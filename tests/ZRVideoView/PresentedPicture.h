@@ -7,6 +7,8 @@
 namespace PresentedPicture {
 
 QImage last();
+// Whether the program's own call stretched it. False where Wine would have cut it.
+bool isUnaided();
 // What was read, and reads from then on, which takes its time.
 void forget();
 

@@ -7,6 +7,8 @@
 #include <QMutex>
 #include <QtTest>
 
+#include <memory>
+
 namespace {
 
 constexpr int software = AV_PIX_FMT_YUV420P;

@@ -97,13 +97,6 @@ QStringList ProgramFolder::log() const
     return linesOf(QString::fromUtf8(file.readAll()));
 }
 
-QString Hands::output(const QString &command, const QStringList &arguments)
-{
-    HostProcess process;
-    const bool succeeded = process.start(command, arguments) && process.waitForSuccess();
-    return succeeded ? QString::fromUtf8(process.readAll()) : QString();
-}
-
 bool Hands::xdotool(const QStringList &arguments)
 {
     return HostProcess::run("xdotool", arguments);
@@ -118,6 +111,7 @@ bool Hands::clickAt(const QString &window, QPoint point)
 QSize Hands::sizeOf(const QString &window)
 {
     const QRegularExpression geometry("WIDTH=(\\d+)\\s+HEIGHT=(\\d+)");
-    const auto match = geometry.match(output("xdotool", {"getwindowgeometry", "--shell", window}));
+    const auto match =
+        geometry.match(HostProcess::output("xdotool", {"getwindowgeometry", "--shell", window}));
     return QSize(match.captured(1).toInt(), match.captured(2).toInt());
 }

@@ -48,8 +48,6 @@ private:
 // Mouse and keyboard of the screen that a test has.
 namespace Hands {
 
-// What a command outside prints; empty if it fails.
-QString output(const QString &command, const QStringList &arguments);
 bool xdotool(const QStringList &arguments);
 // In the window's own pixels.
 bool clickAt(const QString &window, QPoint point);

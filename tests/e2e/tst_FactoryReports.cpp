@@ -71,6 +71,8 @@ private:
     int droppedCount() const;
     // What the windows tell of all tests' results.
     QStringList states() const;
+    void commandRound(int round);
+    // Rounds, until the cameras have sent so many reports.
     void commandsUntil(int reports);
 
     std::unique_ptr<FleetProcess> fleet;
@@ -85,6 +87,7 @@ namespace {
 constexpr int patience = 60000; // milliseconds
 constexpr int floodCount = 10000;
 constexpr int fewestArrived = floodCount / 10; // a busy machine loses some
+constexpr int shortCommands = 20; // of a kind, in a round
 const char bodies[] = R"("status":"body")";
 
 QString text(const char *key)
@@ -178,6 +181,26 @@ GoodReport goodReport(int id)
     return *std::find_if(
         all.begin(), all.end(), [id](const GoodReport &report) { return report.id == id; });
 }
+
+// Of all kinds. Each would spoil something if it were taken for a reply, or by the wrong window.
+constexpr struct {
+    const char *kind;
+    int camera;
+    const char *entry;
+} floods[] = {
+    {"own", 1, R"({"report":{"kind":"own","function":"crying","status":"off",
+        "result":"failure","mac":"02:00:00:00:00:99"}})"},
+    {"foreign", 2, R"({"report":{"kind":"foreign","function":"crying","status":"on",
+        "result":"failure","mac":"02:00:00:00:00:99"}})"},
+    {"foreign", 2, R"({"report":{"kind":"foreign","function":"sdcard","totalsize":0,
+        "freesize":0}})"},
+    {"foreign", 1, R"({"report":{"kind":"foreign","function":"crying","status":"on",
+        "destid":"AABBCCDDEEFF"}})"},
+    {"malformed", 1, R"({"report":{"kind":"malformed","status":"on","result":"failure"}})"},
+    {"malformed", 1, R"({"report":{"kind":"malformed","function":"crying","status":"on",
+        "method":1}})"},
+    {"malformed", 1, R"({"raw":"{\"kind\":\"malformed\",\"function\":\"crying\""})"},
+};
 }
 
 void tst_FactoryReports::initTestCase()
@@ -642,28 +665,9 @@ void tst_FactoryReports::floodOfTheDevice()
     QCOMPARE(log->beginning("dropped").size(), 0);
 }
 
-// All kinds of reports, each of which would spoil something if it were taken for a reply, or by the
-// wrong window: first in the dialog beside which commands may run, then in one that listens.
+// First in the dialog beside which commands may run, then in one that listens.
 void tst_FactoryReports::commandsInTheFlood()
 {
-    const struct {
-        const char *kind;
-        int camera;
-        const char *entry;
-    } floods[] = {
-        {"own", 1, R"({"report":{"kind":"own","function":"crying","status":"off",
-            "result":"failure","mac":"02:00:00:00:00:99"}})"},
-        {"foreign", 2, R"({"report":{"kind":"foreign","function":"crying","status":"on",
-            "result":"failure","mac":"02:00:00:00:00:99"}})"},
-        {"foreign", 2, R"({"report":{"kind":"foreign","function":"sdcard","totalsize":0,
-            "freesize":0}})"},
-        {"foreign", 1, R"({"report":{"kind":"foreign","function":"crying","status":"on",
-            "destid":"AABBCCDDEEFF"}})"},
-        {"malformed", 1, R"({"report":{"kind":"malformed","status":"on","result":"failure"}})"},
-        {"malformed", 1, R"({"report":{"kind":"malformed","function":"crying","status":"on",
-            "method":1}})"},
-        {"malformed", 1, R"({"raw":"{\"kind\":\"malformed\",\"function\":\"crying\""})"},
-    };
     open();
     for (const auto &row : floods)
         flood(row.camera, keys(row.entry));
@@ -694,46 +698,52 @@ void tst_FactoryReports::commandsInTheFlood()
     QCOMPARE(panel->result(10), int(FactoryTestPassed));
 }
 
-// All kinds of waits, until the cameras have sent so many reports.
-void tst_FactoryReports::commandsUntil(int reports)
+// All kinds of waits.
+void tst_FactoryReports::commandRound(int round)
 {
-    constexpr int shortRounds = 20;
     VorlynSDK *sdk = VorlynSDK::instance();
     const VorlynDevice &device = devices.first();
+    QString name;
+    for (int i = 0; i < shortCommands; ++i) {
+        name = QString("Nursery %1/%2").arg(round).arg(i);
+        int total = 0;
+        int free = 0;
+        QCOMPARE(sdk->setDeviceName({device}, name), 0);
+        QCOMPARE(sdk->getDeviceSD(device, total, free), 0);
+        QCOMPARE(total, 30436);
+        QCOMPARE(free, 28112);
+        QCOMPARE(sdk->setDevicePTZ({device}, "left"), 0);
+    }
+    QVector<VorlynDeviceWiFiInfo> networks;
+    QCOMPARE(sdk->getDeviceWiFiList(device, networks), 0);
+    QCOMPARE(networks.size(), 2);
+    QVector<VorlynDevice> found;
+    sdk->searchDevices(found, 1);
+    QCOMPARE(found.size(), 2);
+    std::sort(found.begin(), found.end());
+    QCOMPARE(found.first().name(), name);
+    QCOMPARE(found.first().mac(), device.mac());
+}
+
+void tst_FactoryReports::commandsUntil(int reports)
+{
     QElapsedTimer clock;
     clock.start();
     int rounds = 0;
     for (int sent = 0; sent < reports; ++rounds) {
-        QString name;
-        for (int i = 0; i < shortRounds; ++i) {
-            name = QString("Nursery %1/%2").arg(rounds).arg(i);
-            int total = 0;
-            int free = 0;
-            QCOMPARE(sdk->setDeviceName({device}, name), 0);
-            QCOMPARE(sdk->getDeviceSD(device, total, free), 0);
-            QCOMPARE(total, 30436);
-            QCOMPARE(free, 28112);
-            QCOMPARE(sdk->setDevicePTZ({device}, "left"), 0);
-        }
-        QVector<VorlynDeviceWiFiInfo> networks;
-        QCOMPARE(sdk->getDeviceWiFiList(device, networks), 0);
-        QCOMPARE(networks.size(), 2);
-        QVector<VorlynDevice> found;
-        sdk->searchDevices(found, 1);
-        QCOMPARE(found.size(), 2);
-        std::sort(found.begin(), found.end());
-        QCOMPARE(found.first().name(), name);
-        QCOMPARE(found.first().mac(), device.mac());
+        commandRound(rounds);
+        if (QTest::currentTestFailed())
+            return;
         QCoreApplication::processEvents(); // what might be on its way to a window
         const int before = std::exchange(sent, sentCount());
         QVERIFY(sent > before); // all through the round
     }
     QVERIFY(rounds > 1);
     for (const char *method : {"SetName", "GetSD", "SetPTZ"})
-        QCOMPARE(fleet->requests(method).size(), rounds * shortRounds);
+        QCOMPARE(fleet->requests(method).size(), rounds * shortCommands);
     QCOMPARE(fleet->requests("WifiScan").size(), rounds);
     qInfo("%d commands took %lld ms, among %d reports; %d of them got into the queue",
-        rounds * (3 * shortRounds + 2), clock.elapsed(), sentCount(), arrivedCount("\"kind\""));
+        rounds * (3 * shortCommands + 2), clock.elapsed(), sentCount(), arrivedCount("\"kind\""));
 }
 
 // The dialog that sends commands, while its device talks.

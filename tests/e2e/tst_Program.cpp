@@ -1,7 +1,8 @@
 #include "FleetProcess.h"
-#include "HostProcess.h"
 #include "ProgramFolder.h"
+#include "ReadOnlyFolder.h"
 #include "SettingsFile.h"
+#include "TestNetwork.h"
 #include "WithoutOpenGL.h"
 
 #include <QDir>
@@ -124,13 +125,8 @@ void tst_Program::foldersThatCannotBeMade()
 
 void tst_Program::readOnlyFolder()
 {
-    const QString folder = HostProcess::path(program->path());
-    QVERIFY(HostProcess::run("mount", {"-o", "bind,ro", folder, folder}));
-    const auto end = qScopeGuard([&] {
-        program->process.kill();
-        program->process.waitForFinished();
-        HostProcess::run("umount", {"--lazy", folder}); // Wine may still have the program file open
-    });
+    const ReadOnlyFolder folder(program->path());
+    QVERIFY(folder.isMounted());
     QVERIFY(!QDir(program->path()).mkdir("new"));
     QVERIFY(program->start());
     QCOMPARE(fleet->requests("search").size(), 3);
@@ -171,15 +167,15 @@ void tst_Program::withoutOpenGL()
     QVERIFY(program->quit());
 }
 
-// Nor sound or a printer, which this test doesn't have either: the window comes, and waits for its
+// Nor sound or a printer, which a test has only if it asks: the window comes, and waits for its
 // user.
 void tst_Program::withoutNetwork()
 {
-    for (const char *name : {"veth-a", "veth-b"})
-        QVERIFY(HostProcess::run("ip", {"link", "set", name, "down"}));
+    QVERIFY(TestNetwork::run("ip link set veth-a down"));
+    QVERIFY(TestNetwork::run("ip link set veth-b down"));
     const auto end = qScopeGuard([] {
-        for (const char *name : {"veth-a", "veth-b"})
-            HostProcess::run("ip", {"link", "set", name, "up"});
+        TestNetwork::run("ip link set veth-a up");
+        TestNetwork::run("ip link set veth-b up");
     });
     QVERIFY(program->start());
     QVERIFY(program->quit());

@@ -82,7 +82,7 @@ QStringList picturesOf(const ProgramFolder &program)
 QString decoded(const QString &path)
 {
     const QStringList arguments = {"--quiet", "--raw", "--nodbus", HostProcess::path(path)};
-    return Hands::output("zbarimg", arguments).trimmed();
+    return HostProcess::output("zbarimg", arguments).trimmed();
 }
 
 // One scan after the other, without a pause.

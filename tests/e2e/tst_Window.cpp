@@ -10,7 +10,7 @@
 #include "ModalDriver.h"
 #include "SettingsFile.h"
 #include "Startup.h"
-#include "TestNetwork.h"
+#include "ThisProcess.h"
 #include "VorlynDeviceIPInfoDialog.h"
 #include "VorlynDeviceIPToolWidget.h"
 #include "VorlynDeviceIpSettingsDialog.h"
@@ -97,6 +97,13 @@ private:
         return window->findChild<VorlynDeviceIPToolWidget *>("contentWidget");
     }
     WindowHeaderWidget *header() const { return window->findChild<WindowHeaderWidget *>("header"); }
+    QRect areaOf(const QWidget *part) const; // in the window
+    // The window as another program sees it. The file stays.
+    QImage shot() const;
+    // The style of Windows draws a header straight into the window's picture, and on that Qt writes
+    // darker than on a picture that is grabbed: there it has to be in the same places only.
+    QImage comparable(const QImage &whole, const QRect &area) const;
+    void showOnScreen();
     // The one request of a method that reached the cameras, less its envelope, which is checked.
     QJsonObject onlyRequest(const QString &method, const QJsonArray &targets) const;
 
@@ -183,44 +190,52 @@ void tst_Window::search()
         QCOMPARE(request, expected);
 }
 
-// What came of it all on the screen, as another program sees it. The file stays.
+QRect tst_Window::areaOf(const QWidget *part) const
+{
+    return QRect(part->mapTo(window.data(), QPoint()), part->size());
+}
+
+QImage tst_Window::shot() const
+{
+    const QString file = QCoreApplication::applicationDirPath() + "/window.png";
+    HostProcess::run("import", {"-silent", "-window", "root", HostProcess::path(file)});
+    const QRect place(window->mapToGlobal(QPoint()), window->size());
+    return QImage(file).copy(place).convertToFormat(QImage::Format_RGB32);
+}
+
+QImage tst_Window::comparable(const QImage &whole, const QRect &area) const
+{
+    QImage picture = whole.convertToFormat(QImage::Format_RGB32);
+    const QRect texts = areaOf(table()->horizontalHeader()).translated(-area.topLeft());
+    const QRect themed = texts & picture.rect();
+    if (ThisProcess::inWine() && !themed.isEmpty()) {
+        const QImage written = picture.copy(themed).createMaskFromColor(qRgb(255, 255, 255));
+        QPainter(&picture).drawImage(themed.topLeft(), written);
+    }
+    return picture;
+}
+
+// What came of it all on the screen.
+void tst_Window::showOnScreen()
+{
+    window->show();
+    QTRY_COMPARE(window->width(), 1600);
+    QCursor::setPos(QRect(window->mapToGlobal(QPoint()), window->size()).center());
+    for (QWidget *part : QVector<QWidget *>{header(), devices(), panel()}) {
+        const QRect area = areaOf(part);
+        const auto isSeen = [&] {
+            return comparable(shot().copy(area), area)
+                == comparable(window->grab(area).toImage(), area);
+        };
+        QTRY_VERIFY2(isSeen(), part->metaObject()->className());
+    }
+}
+
+// Something is written in the rows of all eight cameras, and below them nothing.
 void tst_Window::screen()
 {
     open();
-    window->show();
-    QTRY_COMPARE(window->width(), 1600);
-    const QString file = QCoreApplication::applicationDirPath() + "/window.png";
-    const QRect place(window->mapToGlobal(QPoint()), window->size());
-    const auto shot = [&] {
-        HostProcess::run("import", {"-silent", "-window", "root", HostProcess::path(file)});
-        return QImage(file).copy(place).convertToFormat(QImage::Format_RGB32);
-    };
-    const auto areaOf = [this](const QWidget *part) {
-        return QRect(part->mapTo(window.data(), QPoint()), part->size());
-    };
-    // The style of Windows draws a header straight into the window's picture, and on that Qt writes
-    // darker than on a picture that is grabbed: there it has to be in the same places only.
-    const auto comparable = [&](QImage picture, const QPoint &corner) {
-        const QRect texts = areaOf(table()->horizontalHeader()).translated(-corner);
-        const QRect themed = texts & picture.rect();
-        if (TestNetwork::inWine() && !themed.isEmpty()) {
-            const QImage written = picture.copy(themed).createMaskFromColor(qRgb(255, 255, 255));
-            QPainter(&picture).drawImage(themed.topLeft(), written);
-        }
-        return picture;
-    };
-    QCursor::setPos(place.center());
-    for (QWidget *part : QVector<QWidget *>{header(), devices(), panel()}) {
-        const QRect area = areaOf(part);
-        const auto shown = [&] { return comparable(shot().copy(area), area.topLeft()); };
-        const auto painted = [&] {
-            const QImage grabbed = window->grab(area).toImage();
-            return comparable(grabbed.convertToFormat(QImage::Format_RGB32), area.topLeft());
-        };
-        QTRY_VERIFY2(shown() == painted(), part->metaObject()->className());
-    }
-
-    // Something is written in the rows of all eight cameras, and below them nothing.
+    showOnScreen();
     const QImage picture = shot();
     const auto colors = [&](int row) {
         const QRect cells(0, table()->rowViewportPosition(0) + 30 * row, 200, 30);
@@ -257,6 +272,7 @@ void tst_Window::selectAndRename()
     searchAgain();
     devices()->setCurrentCell(4, 2);
     QCOMPARE(nameEdit()->text(), QString::fromUtf8("二号床 Crib 2"));
+    showOnScreen();
 }
 
 void tst_Window::staticAddress()
@@ -287,6 +303,7 @@ void tst_Window::staticAddress()
     searchAgain();
     devices()->setCurrentCell(1, 2);
     QCOMPARE(label("ipValueLabel"), QString("10.77.0.99(static)"));
+    showOnScreen();
 }
 
 void tst_Window::dhcp()
@@ -331,6 +348,7 @@ void tst_Window::restore()
     searchAgain();
     QCOMPARE(table()->rowCount(), 8);
     QCOMPARE(nameEdit()->text(), factoryName);
+    showOnScreen();
 }
 
 void tst_Window::restoreRefused()
@@ -385,6 +403,7 @@ void tst_Window::upgrade()
     searchAgain();
     devices()->setCurrentCell(6, 2);
     QCOMPARE(versionShown(), version);
+    showOnScreen();
 }
 
 void tst_Window::missingFirmwareFile()

@@ -93,12 +93,8 @@ inline QString decoded(const QImage &label, const QRect &area)
     const QTemporaryDir folder;
     const QString file = folder.filePath("part.png");
     part.save(file);
-    HostProcess scanner;
-    const bool started =
-        scanner.start("zbarimg", {"--quiet", "--nodbus", "--raw", HostProcess::path(file)});
-    if (!started || !scanner.waitForSuccess(60000))
-        return scanner.errors();
-    return QString::fromUtf8(scanner.readAll()).trimmed();
+    const QStringList arguments = {"--quiet", "--nodbus", "--raw", HostProcess::path(file)};
+    return HostProcess::output("zbarimg", arguments).trimmed();
 }
 
 // Within so many dots on each side.

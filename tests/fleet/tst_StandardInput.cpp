@@ -4,6 +4,7 @@
 #include <QtTest>
 
 #include <cstdio>
+#include <memory>
 
 static const char *echo = "--echo"; // the test program as one that reads its standard input
 
@@ -99,7 +100,7 @@ void tst_StandardInput::endWhileItIsRead()
     QVERIFY(says("ready"));
     program->write("end\n");
     QVERIFY(says("end"));
-    QVERIFY(program->waitForFinished());
+    QTRY_COMPARE_WITH_TIMEOUT(program->state(), QProcess::NotRunning, 30000);
     QCOMPARE(program->exitStatus(), QProcess::NormalExit);
     QCOMPARE(program->exitCode(), 5);
 }

@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include <future>
+#include <memory>
 
 // What a Windows console tells a program, on a thread of its own.
 class tst_StopSignals : public QObject

@@ -7,10 +7,6 @@
 #include <QLineEdit>
 #include <QtTest>
 
-// Qt's own dialogs, as nobody can act on those that a system has in their place.
-inline const bool fileDialogsAreQts =
-    (QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs), true);
-
 // Goes to the file's folder and types its name there, which holds whatever the folder's list does
 // meanwhile. Returns the edit.
 inline QLineEdit *typeFile(QFileDialog &dialog, const QString &path)

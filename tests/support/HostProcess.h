@@ -13,13 +13,15 @@ class HostProcess : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int patience = 30000; // milliseconds
+    static constexpr int patience = 60000; // milliseconds
 
     HostProcess();
     ~HostProcess() override;
 
     // Runs a command to its end, passes on its errors and tells whether it ended with 0.
     static bool run(const QString &program, const QStringList &arguments);
+    // The same, but tells what the command printed; empty if it failed.
+    static QByteArray output(const QString &program, const QStringList &arguments);
     // As the programs outside know a file of the test's.
     static QString path(const QString &file);
 

@@ -2,8 +2,11 @@
 
 #include <QProcess>
 
+#include <utility>
+
 struct HostProcess::Link {
     QProcess process;
+    QByteArray failure; // of the start
 };
 
 HostProcess::HostProcess() : link(new Link)
@@ -25,7 +28,10 @@ QString HostProcess::path(const QString &file)
 bool HostProcess::start(const QString &program, const QStringList &arguments)
 {
     link->process.start(program, arguments);
-    return link->process.waitForStarted(patience);
+    const bool started = link->process.waitForStarted(patience);
+    if (!started)
+        link->failure = link->process.errorString().toLocal8Bit() + '\n';
+    return started;
 }
 
 bool HostProcess::isRunning() const
@@ -66,7 +72,7 @@ QByteArray HostProcess::readAll()
 
 QByteArray HostProcess::errors()
 {
-    return link->process.readAllStandardError();
+    return std::exchange(link->failure, {}) + link->process.readAllStandardError();
 }
 
 bool HostProcess::waitForReadyRead(int milliseconds)

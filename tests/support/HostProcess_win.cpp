@@ -1,5 +1,7 @@
 #include "HostProcess.h"
 
+#include "LoadedFunction_win.h"
+
 #include <QDeadlineTimer>
 #include <QHostAddress>
 #include <QJsonArray>
@@ -112,8 +114,7 @@ HostProcess::~HostProcess()
 QString HostProcess::path(const QString &file)
 {
     using Convert = char *(*)(const wchar_t *);
-    static const auto convert = reinterpret_cast<Convert>(reinterpret_cast<void *>(
-        GetProcAddress(GetModuleHandleW(L"kernel32"), "wine_get_unix_file_name")));
+    static const auto convert = loadedFunction<Convert>(L"kernel32", "wine_get_unix_file_name");
     char *const found = convert ? convert(file.toStdWString().c_str()) : nullptr;
     if (!found)
         qFatal("no path outside of Wine: %s", qPrintable(file));

@@ -26,7 +26,7 @@ public:
 
     explicit ModalDriver(Action action, int timeout = 30000) : action(action), timeout(timeout)
     {
-        // The system's own file dialogs have no widgets to act on.
+        // Qt's own dialogs, as nobody can act on those that a system has in their place.
         QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
         clock.start();
         QObject::connect(&timer, &QTimer::timeout, &timer, [this] { poll(); });

@@ -23,11 +23,6 @@ bool runAtCameras(const QString &command)
     return HostProcess::run("nsenter", atCameras(command.split(' ')));
 }
 
-bool inWine()
-{
-    return qEnvironmentVariableIsSet("VORLYN_TEST_DOOR");
-}
-
 QNetworkInterface interface(const QString &name)
 {
     // On Windows a name is one of its own, and the one that "ip" gave is the human one.

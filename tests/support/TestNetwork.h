@@ -14,9 +14,6 @@ bool run(const QString &command);
 // The same among the cameras.
 bool runAtCameras(const QString &command);
 
-// Wine tells of each interface that is up that it has a carrier and multicast.
-bool inWine();
-
 QNetworkInterface interface(const QString &name);
 // The entry of an address, which need not exist.
 QNetworkAddressEntry entry(const QString &ip);

@@ -12,6 +12,9 @@ QByteArray keptName(const QByteArray &name);
 
 // Files, sockets and, on Windows, all else that has a handle.
 int openFiles();
+// At the most so many of them are of the program's locks: on Windows a lock for which a thread has
+// once waited keeps a handle.
+extern const int filesOfLocks;
 
 // Of resident memory, in bytes: now, and the most so far.
 qint64 memory();
@@ -20,5 +23,8 @@ qint64 peakMemory();
 // Seconds of the processor that all threads, or the calling one, have used.
 double processorSeconds();
 double threadProcessorSeconds();
+
+// Whether Wine is what it takes for Windows.
+bool inWine();
 
 }

@@ -55,6 +55,8 @@ int ThisProcess::openFiles()
     return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).size();
 }
 
+const int ThisProcess::filesOfLocks = 0;
+
 qint64 ThisProcess::memory()
 {
     return statusField("VmRSS");
@@ -73,4 +75,9 @@ double ThisProcess::processorSeconds()
 double ThisProcess::threadProcessorSeconds()
 {
     return secondsOf(CLOCK_THREAD_CPUTIME_ID);
+}
+
+bool ThisProcess::inWine()
+{
+    return false;
 }

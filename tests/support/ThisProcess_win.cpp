@@ -1,5 +1,9 @@
 #include "ThisProcess.h"
 
+#include "LoadedFunction_win.h"
+
+#include <QString>
+
 #include <windows.h>
 
 #include <psapi.h>
@@ -11,12 +15,12 @@
 
 namespace {
 
-// Without a name on a Windows that keeps none.
+// Empty on a Windows that keeps no names.
 QByteArray nameOf(DWORD thread)
 {
     using Description = HRESULT(WINAPI *)(HANDLE, PWSTR *);
-    static const auto description = reinterpret_cast<Description>(reinterpret_cast<void *>(
-        GetProcAddress(GetModuleHandleW(L"kernelbase"), "GetThreadDescription")));
+    static const auto description =
+        loadedFunction<Description>(L"kernelbase", "GetThreadDescription");
     const HANDLE handle = OpenThread(THREAD_QUERY_LIMITED_INFORMATION, FALSE, thread);
     PWSTR text = nullptr;
     if (handle && description)
@@ -49,7 +53,7 @@ template <typename Times> double usedSeconds(Times times, HANDLE of)
 
 constexpr NTSTATUS tooSmall = NTSTATUS(0xc0000004);
 
-// Of all processes.
+// Of all processes, as Wine's GetProcessHandleCount() tells 0.
 std::vector<char> handleTable()
 {
     std::vector<char> bytes(1 << 16);
@@ -95,6 +99,8 @@ int ThisProcess::openFiles()
         [](const SYSTEM_HANDLE_ENTRY &entry) { return entry.OwnerPid == GetCurrentProcessId(); }));
 }
 
+const int ThisProcess::filesOfLocks = 5;
+
 qint64 ThisProcess::memory()
 {
     return qint64(memoryCounters().WorkingSetSize);
@@ -113,4 +119,9 @@ double ThisProcess::processorSeconds()
 double ThisProcess::threadProcessorSeconds()
 {
     return usedSeconds(GetThreadTimes, GetCurrentThread());
+}
+
+bool ThisProcess::inWine()
+{
+    return loadedFunction<FARPROC>(L"ntdll", "wine_get_version");
 }

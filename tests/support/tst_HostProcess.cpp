@@ -11,6 +11,7 @@ class tst_HostProcess : public QObject
 private slots:
     void runTellsTheStatus_data();
     void runTellsTheStatus();
+    void output();
     void errorsAreKeptApart();
     void inputAndItsEnd();
     void linesAsTheyCome();
@@ -41,6 +42,13 @@ void tst_HostProcess::runTellsTheStatus_data()
 void tst_HostProcess::runTellsTheStatus()
 {
     QTEST(HostProcess::run(QTest::currentDataTag(), {}), "succeeds");
+}
+
+void tst_HostProcess::output()
+{
+    QCOMPARE(HostProcess::output("printf", {"one\\ntwo"}), QByteArray("one\ntwo"));
+    QCOMPARE(HostProcess::output("sh", {"-c", "echo out; exit 3"}), QByteArray());
+    QCOMPARE(HostProcess::output("no-such-program", {}), QByteArray());
 }
 
 void tst_HostProcess::errorsAreKeptApart()
@@ -119,6 +127,7 @@ void tst_HostProcess::noSuchProgram()
 {
     HostProcess process;
     QVERIFY(!process.start("no-such-program", {}));
+    QVERIFY(!process.errors().isEmpty());
     QVERIFY(!process.isRunning());
     QVERIFY(!process.waitForSuccess(0));
 }
