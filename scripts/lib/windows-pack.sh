@@ -61,6 +61,9 @@ lay_out_windows() { # BUILD FOLDER VERSION
     find "$2/licenses" "$2"/README.txt "$simulation" -name '*.txt' -exec sed -i 's/\r*$/\r/' {} +
 }
 
+# An archive of this kind tells times in steps of two seconds.
+even_time() { echo $(($(source_time) / 2 * 2)); }
+
 # Packs into the folder OUT and says which file it made.
 pack_windows() ( # [BUILD [OUT]]
     set -eo pipefail # in a $(...) too
@@ -71,7 +74,7 @@ pack_windows() ( # [BUILD [OUT]]
     trap 'rm -rf "$work"' EXIT
     lay_out_windows "$build" "$work/$name" "$version"
     chmod -R u=rwX,go=rX "$work/$name"
-    find "$work/$name" -exec touch -d "@$(source_time)" {} +
+    find "$work/$name" -exec touch -d "@$(even_time)" {} +
     mkdir -p "$out"
     out=$(cd "$out" && pwd)/$name-win64.zip
     rm -f "$out"

@@ -72,7 +72,7 @@ swresample-4.dll
 translations/qtbase_zh_CN.qm
 END
 )" "$before"
-expect "all of it is of the sources' time" same "$(date -d "@$(source_time)" +%s)" \
+expect "all of it is of the sources' time" same "$(even_time)" \
     "$(find "$programs" -type f -printf '%T@\n' | cut -d . -f 1 | sort -u)"
 texts=$(find "$programs" -name '*.txt' ! -path '*/language/*' -o -name qt.conf)
 # shellcheck disable=SC2086 # file names without blanks
