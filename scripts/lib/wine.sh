@@ -1,6 +1,6 @@
-# Sourced. Wine for Windows programs, in a prefix of its own for each
-# test: several run at once, and each one's wineserver lives in the test's own network, as it is the
-# wineserver that opens the sockets.
+# Sourced. Wine for Windows programs, in a prefix of its own for each test: several run at once, and
+# each one's wineserver lives in the test's own network, as it is the wineserver that opens the
+# sockets.
 # The prefix is a copy, mostly hard links, of one that is made once, in the cache.
 
 wine_library=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
