@@ -139,14 +139,13 @@ void ZRDirectVideoView::draw()
 
 void ZRDirectVideoView::drawBlack()
 {
-    if (!device) {
-        return;
+    if (device) {
+        device->clear(clearTarget, opaqueBlack, 1.0f, 0);
+        device->beginScene();
+        device->endScene();
+        device->present();
     }
-    device->clear(clearTarget, opaqueBlack, 1.0f, 0);
-    device->beginScene();
-    device->endScene();
-    device->present();
-    QWidget::update();
+    QWidget::update(); // what no device painted over is painted by the view
 }
 
 // False when there is nothing to draw with. A later frame of the format is drawn by what there is.

@@ -652,6 +652,12 @@ void tst_ZRDirectVideoView::blackRepaintsTheView()
     QCOMPARE(counter.paintsOf([&] { view->update(frame.get()); }), 0);
     QCOMPARE(counter.paintsOf([&] { view->clear(); }), 1);
     QCOMPARE(counter.paintsOf([&] { view->update(nullptr); }), 1);
+
+    const Frame other = greyFrame(100, 100, AV_PIX_FMT_YUV422P);
+    counter.paintsOf([&] { view->update(other.get()); });
+    QVERIFY(!view->device);
+    QCOMPARE(counter.paintsOf([&] { view->clear(); }), 1);
+    QCOMPARE(counter.paintsOf([&] { view->update(nullptr); }), 1);
 }
 
 void tst_ZRDirectVideoView::clearWithoutADevice()
