@@ -195,7 +195,7 @@ void VorlynSDKRecvThread::receiveReplies()
                 keepReply(reader.body());
         } else if (!isPassing(error)) {
             qDebug("recvfrom ret = %d, errno = %d", size, error);
-            leaveGroup(socket, local);
+            leaveGroup(socket, textOf(sdk->address));
             return;
         }
     }

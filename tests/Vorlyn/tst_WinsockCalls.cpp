@@ -312,6 +312,7 @@ void request()
     VorlynSDK::instance()->setDeviceColor(VorlynDevice(), true); // doesn't wait
 }
 
+using Ending = void (*)();
 using ThreadMaker = ZRThread *(*)();
 
 template <class Thread> ZRThread *makeThread()
@@ -321,6 +322,7 @@ template <class Thread> ZRThread *makeThread()
 
 }
 
+Q_DECLARE_METATYPE(Ending)
 Q_DECLARE_METATYPE(ThreadMaker)
 
 REPLACE_IMPORT(socket, noteSocket);
@@ -512,23 +514,21 @@ void tst_WinsockCalls::networkFromStartToStop()
 
 void tst_WinsockCalls::receiverEndsFirst_data()
 {
-    QTest::addColumn<bool>("destroy");
+    QTest::addColumn<Ending>("end");
 
-    QTest::newRow("stopNetwork") << false;
-    QTest::newRow("destroyInstance") << true;
+    QTest::newRow("stopNetwork") << Ending([] { VorlynSDK::instance()->stopNetwork(); });
+    QTest::newRow("destroyInstance") << Ending(VorlynSDK::destroyInstance);
+    QTest::newRow("createInstance") << Ending([] { VorlynSDK::createInstance(); });
 }
 
 // The sender is left alone until the receiver's thread has ended.
 void tst_WinsockCalls::receiverEndsFirst()
 {
-    QFETCH(bool, destroy);
+    QFETCH(Ending, end);
     const Network network;
     request();
     QTRY_VERIFY(winsock.countOf("sendto(") == 1 && winsock.countOf("recvfrom(") == 1);
-    if (destroy)
-        VorlynSDK::destroyInstance();
-    else
-        VorlynSDK::instance()->stopNetwork();
+    end();
 
     const QString receiver = winsock.socketsOf(receiverName).first();
     const QString sender = winsock.socketsOf(senderName).first();
