@@ -345,7 +345,7 @@ void tst_ZRPcmPlayer::askedFormat_data()
     const struct {
         int preferred;
         int asked;
-    } rows[] = {{8, 8}, {12, 16}, {16, 16}, {24, 16}, {32, 16}, {64, 64}, {128, 16}};
+    } rows[] = {{0, 0}, {8, 8}, {12, 16}, {16, 16}, {24, 16}, {32, 16}, {64, 64}, {128, 16}};
     for (const auto &row : rows)
         QTest::addRow("%d bits", row.preferred) << row.preferred << row.asked;
 }
@@ -355,6 +355,7 @@ void tst_ZRPcmPlayer::askedFormat()
 {
     QFETCH(int, preferred);
     QFETCH(int, asked);
+    nearest = QAudioDeviceInfo::defaultOutputDevice().preferredFormat();
     preferredSize = preferred;
     startFails = true; // not every format can be played
     QAudioFormat expected = QAudioDeviceInfo::defaultOutputDevice().preferredFormat();
@@ -968,11 +969,9 @@ void tst_ZRPcmPlayer::tone()
         for (int i = 0; i < 100; ++i)
             player.play(tone, length, i * length);
     });
-    QTRY_VERIFY_WITH_TIMEOUT(recorder.purity(440) > 0.9, 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(recorder.purity(440) > 0.98, 30000);
     QVERIFY2(qAbs(recorder.amplitude(440) - amplitude) < 0.05,
         qPrintable(QString::number(recorder.amplitude(440))));
-    QVERIFY(recorder.amplitude(400) < 0.1);
-    QVERIFY(recorder.amplitude(480) < 0.1);
 }
 
 // The device's demand is what sets the speed: only its buffer runs ahead.

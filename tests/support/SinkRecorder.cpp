@@ -4,8 +4,8 @@
 
 #include <QElapsedTimer>
 
+#include <algorithm>
 #include <cmath>
-#include <complex>
 #include <cstring>
 
 namespace {
@@ -20,14 +20,19 @@ double power(const float *samples)
     return sum / SinkRecorder::window;
 }
 
-// One bin of a discrete Fourier transform over the window.
+// One bin of a discrete Fourier transform over the window, by Goertzel's algorithm.
 double amplitudeIn(const float *samples, double hertz)
 {
-    const double step = wholeTurn * hertz / SinkRecorder::rate;
-    std::complex<double> sum;
-    for (int i = 0; i < SinkRecorder::window; ++i)
-        sum += double(samples[i]) * std::polar(1.0, -step * i);
-    return 2 * std::abs(sum) / SinkRecorder::window;
+    const double factor = 2 * std::cos(wholeTurn * hertz / SinkRecorder::rate);
+    double last = 0;
+    double before = 0;
+    for (int i = 0; i < SinkRecorder::window; ++i) {
+        const double next = double(samples[i]) + factor * last - before;
+        before = last;
+        last = next;
+    }
+    const double square = last * last + before * before - factor * last * before;
+    return 2 * std::sqrt(std::max(square, 0.0)) / SinkRecorder::window;
 }
 
 } // namespace
@@ -67,13 +72,13 @@ double SinkRecorder::seconds()
 
 double SinkRecorder::amplitude(double hertz)
 {
-    const float *found = loudest();
+    const float *found = loudest(hertz);
     return found ? amplitudeIn(found, hertz) : 0.0;
 }
 
 double SinkRecorder::purity(double hertz)
 {
-    const float *found = loudest();
+    const float *found = loudest(hertz);
     const double all = found ? power(found) : 0.0;
     return all > 0 ? std::pow(amplitudeIn(found, hertz), 2) / 2 / all : 0.0;
 }
@@ -95,13 +100,13 @@ void SinkRecorder::read()
 }
 
 // Null until there is a whole window.
-const float *SinkRecorder::loudest()
+const float *SinkRecorder::loudest(double hertz)
 {
     read();
     const float *found = nullptr;
     double most = -1;
     for (int start = 0; start + window <= samples.size(); start += window / 2) {
-        const double here = power(samples.constData() + start);
+        const double here = amplitudeIn(samples.constData() + start, hertz);
         if (here > most) {
             most = here;
             found = samples.constData() + start;

@@ -21,9 +21,10 @@ public:
     // Forgets what was heard.
     void restart();
     double seconds();
-    // Of the tone in the loudest window; 1.0 is full scale. Exact for multiples of 10 Hz.
+    // Of the tone in the window where it is loudest; 1.0 is full scale. Exact for multiples of
+    // 10 Hz.
     double amplitude(double hertz);
-    // What part of the loudest window's power the tone is: 1.0 is a pure tone.
+    // What part of that window's power the tone is: 1.0 is a pure tone.
     double purity(double hertz);
 
     // Makes it the sink that the system plays on. Qt hears of it a little later.
@@ -33,7 +34,7 @@ private:
     Q_DISABLE_COPY(SinkRecorder)
 
     void read();
-    const float *loudest();
+    const float *loudest(double hertz);
 
     HostProcess process;
     QByteArray rest; // of a sample
