@@ -181,7 +181,8 @@ int __wrap_av_hwdevice_ctx_create(
         return answer;
     if (!current || !current->hardwareDevice)
         return __real_av_hwdevice_ctx_create(device, type, name, options, flags);
-    *device = current->madeDevice = av_buffer_ref(current->hardwareDevice);
+    *device = av_buffer_ref(current->hardwareDevice);
+    current->madeDevices.push_back(*device);
     return 0;
 }
 

@@ -41,7 +41,7 @@ public:
     int takeAnswer(const QString &call);
     // What av_hwdevice_ctx_create makes; null: asks the system.
     AVBufferRef *hardwareDevice = nullptr;
-    AVBufferRef *madeDevice = nullptr; // the reference that it gave
+    std::vector<AVBufferRef *> madeDevices; // the references that it gave
     // What the codec says of hardware, a row each; empty: as ever.
     std::vector<AVCodecHWConfig> hardwareConfigs;
     int frameFlags = 0; // of the frames that answers give

@@ -220,7 +220,8 @@ public:
     HardwareCalls() { hardwareDevice = av_buffer_allocz(16); }
     ~HardwareCalls()
     {
-        av_buffer_unref(&madeDevice);
+        for (AVBufferRef *&device : madeDevices)
+            av_buffer_unref(&device);
         av_buffer_unref(&hardwareDevice);
     }
 };
@@ -392,6 +393,8 @@ private slots:
     void hardwareFormat_data();
     void hardwareFormat();
     void hardwareWithoutAFormat();
+    void hardwareOfACodecThatCannotBeOpened();
+    void hardwareOfADrainedCodec();
 
     void realClips_data();
     void realClips();
@@ -1391,7 +1394,7 @@ void tst_ZRPlayerDecoder::hardwareFormat()
         QVERIFY(opening.hardware);
         const auto *record = static_cast<ZRHardwareContext *>(opening.opaque);
         QCOMPARE(record->format, int(AV_PIX_FMT_DXVA2_VLD));
-        QCOMPARE(record->device, calls.madeDevice);
+        QCOMPARE(record->device, calls.madeDevices.front());
 
         QCOMPARE(chosenFormat(opening, offered), chosen);
         const QString line = QStringLiteral("Failed to get HW surface format, hc->format = %1, 51")
@@ -1419,6 +1422,44 @@ void tst_ZRPlayerDecoder::hardwareWithoutAFormat()
     QCOMPARE(log.lines(),
         (QStringList{"[0] Decoder rawvideo does not support device type dxva2",
             "Failed to get HW surface format, hc->format = -1, 51"}));
+}
+
+// The record goes with the codec.
+void tst_ZRPlayerDecoder::hardwareOfACodecThatCannotBeOpened()
+{
+    LogCatcher log;
+    HardwareCalls calls;
+    calls.answer("video open2", {AVERROR(EINVAL)});
+    Way way("video");
+    way.decoder.setHardwareType(AV_HWDEVICE_TYPE_DXVA2);
+    way.add(0);
+    way.decoder.start();
+    QTRY_VERIFY_WITH_TIMEOUT(!way.decoder.isRunning(), patience);
+    QVERIFY(calls.lastOpening().opaque);
+    QCOMPARE(log.beginning("avcodec_open2(video").size(), 1);
+    QCOMPARE(calls.log.count("video free"), 1);
+    QVERIFY(!way.decoder.videoContext);
+    QCOMPARE(av_buffer_get_ref_count(calls.hardwareDevice), 2);
+}
+
+void tst_ZRPlayerDecoder::hardwareOfADrainedCodec()
+{
+    HardwareCalls calls;
+    {
+        Way way("video");
+        way.decoder.setHardwareType(AV_HWDEVICE_TYPE_DXVA2);
+        way.add(0);
+        way.decoder.start();
+        QCOMPARE(way.take(1), upTo(1));
+        calls.answer("video send", {AVERROR_EOF});
+        way.add(1);
+        QCOMPARE(way.take(1), (QVector<qint64>{1}));
+        QCOMPARE(calls.log.count("hwdevice 4"), 2);
+        const auto *record = static_cast<ZRHardwareContext *>(calls.lastOpening().opaque);
+        QCOMPARE(record->device, calls.madeDevices.back());
+    }
+    // Each set-up leaves its record's reference behind.
+    QCOMPARE(av_buffer_get_ref_count(calls.hardwareDevice), 3);
 }
 
 void tst_ZRPlayerDecoder::realClips_data()
