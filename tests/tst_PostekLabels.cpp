@@ -2,6 +2,8 @@
 
 #include "LoadedLibrary.h"
 #include "LogCatcher.h"
+#include "PostekLibrary.h"
+#include "PrintSpooler.h"
 #include "SettingsFile.h"
 
 #include <QDir>
@@ -26,6 +28,8 @@ private slots:
     void snIsUnchanged();
     void failures_data();
     void failures();
+    void missingEntryPoint_data() { failures_data(); }
+    void missingEntryPoint();
     void manyLabels();
 };
 
@@ -88,6 +92,23 @@ bool print(const QString &code = "KVMR2G0001")
     QString sn = "AB-00041";
     return PostekPrinter::printMR2XQRCode(code, "MR2X", sn);
 }
+
+// Whose libraries lack one entry point.
+class LackingSystem : public SharedLibrary
+{
+public:
+    explicit LackingSystem(const QByteArray &lacking) : lacking(lacking) { }
+
+    Handle load(const char *name) override { return system().load(name); }
+    Symbol symbol(Handle library, const char *name) override
+    {
+        return lacking == name ? nullptr : system().symbol(library, name);
+    }
+    void free(Handle library) override { system().free(library); }
+
+private:
+    const QByteArray lacking;
+};
 
 const QStringList wholePrint = {"OpenPort", "PTK_ClearBuffer", "PTK_SetLabelHeight",
     "PTK_SetLabelWidth", "PTK_SetDarkness", "PTK_SetPrintSpeed", "PTK_SetDirection",
@@ -179,6 +200,7 @@ void tst_PostekLabels::failures_data()
     QTest::newRow("last of the set-up") << "PTK_SetDirection" << false << 7 << 0;
     QTest::newRow("QR code") << "PTK_DrawBar2D_QR" << true << 13 << 1;
     QTest::newRow("printing") << "PTK_PrintLabel" << true << 13 << 0;
+    QTest::newRow("closing") << "ClosePort" << true << 13 << 1;
 }
 
 void tst_PostekLabels::failures()
@@ -199,6 +221,28 @@ void tst_PostekLabels::failures()
     QCOMPARE(isLoaded(), left);
     if (left)
         SharedLibrary::system().free(loadedLibrary(libraryFile())); // the reference that was left
+    QVERIFY(!isLoaded());
+}
+
+// A command that the library lacks fails like one that the printer refuses.
+void tst_PostekLabels::missingEntryPoint()
+{
+    QFETCH(QString, command);
+    QFETCH(int, given);
+    const QByteArray name = command.toLatin1();
+    LackingSystem libraries(name);
+    WinpskLibrary library(libraries);
+    const LogCatcher log;
+    const bool printed = PostekPrinter::printMR2XQRCodeBy(
+        library, PrintSpooler::system(), "KVMR2G0001", "MR2X", "AB-00041");
+    QTEST(printed, "result");
+    QCOMPARE(log.count("The printer's library lacks " + command), 1);
+    QStringList expected = wholePrint.mid(0, given);
+    expected.removeAll(command);
+    QCOMPARE(callNames(), expected);
+    QTEST(pictures().size(), "labels");
+    QCOMPARE(isLoaded(), given < wholePrint.size());
+    library.unload();
     QVERIFY(!isLoaded());
 }
 

@@ -1,6 +1,7 @@
 #include "ProgramRun.h"
 
 #include "LogCatcher.h"
+#include "OpenGLDriver.h"
 #include "QtTextsFile.h"
 #include "SettingsFile.h"
 #include "SocketLayer.h"
@@ -13,6 +14,8 @@
 #include <QWidget>
 #include <QtTest>
 
+#include <cstdio>
+
 // The order of main(), from the socket layer to the end of the application object.
 class tst_ProgramRun : public QObject
 {
@@ -24,6 +27,8 @@ public:
 private slots:
     void order_data();
     void order();
+    void openGL_data();
+    void openGL();
 
 private:
     char *program;
@@ -33,6 +38,8 @@ namespace {
 
 SocketLayer::Status socketStatus; // what the start of the socket layer gives
 int exitCode; // what the window ends the event loop with
+const char runOnly[] = "run-only"; // the argument that makes this no test
+QByteArray openGLWhenSocketsStart; // whether by the desktop's, whether by software: "10" or "01"
 
 // In Qt's log, between the lines of the program itself.
 void note(const char *text)
@@ -79,6 +86,8 @@ protected:
 SocketLayer::Status SocketLayer::start()
 {
     note("sockets start");
+    for (const auto attribute : {Qt::AA_UseDesktopOpenGL, Qt::AA_UseSoftwareOpenGL})
+        openGLWhenSocketsStart += QCoreApplication::testAttribute(attribute) ? '1' : '0';
     return socketStatus;
 }
 
@@ -132,9 +141,29 @@ void tst_ProgramRun::order()
             "log closes, application", "sockets end, application"}));
 }
 
+void tst_ProgramRun::openGL_data()
+{
+    QTest::addColumn<QByteArray>("chosen");
+
+    QTest::newRow("3.3") << QByteArray("01");
+    QTest::newRow("4.0") << QByteArray("10");
+}
+
+void tst_ProgramRun::openGL()
+{
+    int argc = 1;
+    QCoreApplication application(argc, &program);
+    QTEST(outputWithOpenGL(QTest::currentDataTag(), runOnly), "chosen");
+}
+
 // Without an application object, as the programs begin.
 int main(int argc, char *argv[])
 {
+    if (argc == 2 && qstrcmp(argv[1], runOnly) == 0) {
+        const int result = runProgram<Window>(argc, argv);
+        std::printf("%s\n", openGLWhenSocketsStart.constData());
+        return result;
+    }
     tst_ProgramRun test(argv[0]);
     return QTest::qExec(&test, argc, argv);
 }

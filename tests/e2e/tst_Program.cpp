@@ -1,9 +1,9 @@
 #include "FleetProcess.h"
+#include "OpenGLDriver.h"
 #include "ProgramFolder.h"
 #include "ReadOnlyFolder.h"
 #include "SettingsFile.h"
 #include "TestNetwork.h"
-#include "WithoutOpenGL.h"
 
 #include <QDir>
 #include <QFile>

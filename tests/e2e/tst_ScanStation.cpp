@@ -1,9 +1,9 @@
 #include "HostProcess.h"
 #include "MediaButton.h"
+#include "OpenGLDriver.h"
 #include "ProgramFolder.h"
 #include "SettingsFile.h"
 #include "WindowHeaderWidget.h"
-#include "WithoutOpenGL.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "HostProcess.h"
+#include "ThisProcess.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QProcessEnvironment>
@@ -16,4 +19,15 @@ inline QProcessEnvironment environmentWithoutOpenGL()
     environment.insert("QT_XCB_GL_INTEGRATION", "none");
     environment.insert("QT_OPENGL_BUGLIST", list.fileName());
     return environment;
+}
+
+// What this test program prints when it starts anew with that argument, and the driver offers that
+// version of OpenGL. The driver is the system's, which has its environment from outside.
+inline QByteArray outputWithOpenGL(const QString &version, const QString &argument)
+{
+    QStringList command = {"MESA_GL_VERSION_OVERRIDE=" + version,
+        HostProcess::path(QCoreApplication::applicationFilePath()), argument};
+    if (ThisProcess::inWine())
+        command.insert(1, "wine");
+    return HostProcess::output("env", command).trimmed();
 }
