@@ -186,6 +186,14 @@ struct Way {
     Decoder decoder;
 };
 
+// With its first picture.
+void startWithHardware(Way &way)
+{
+    way.decoder.setHardwareType(AV_HWDEVICE_TYPE_DXVA2);
+    way.add(0);
+    way.decoder.start();
+}
+
 void addKinds()
 {
     QTest::addColumn<QString>("kind");
@@ -1386,9 +1394,7 @@ void tst_ZRPlayerDecoder::hardwareFormat()
         {AV_PIX_FMT_VULKAN, AV_CODEC_HW_CONFIG_METHOD_HW_DEVICE_CTX, AV_HWDEVICE_TYPE_DXVA2}};
     {
         Way way("video");
-        way.decoder.setHardwareType(AV_HWDEVICE_TYPE_DXVA2);
-        way.add(0);
-        way.decoder.start();
+        startWithHardware(way);
         QCOMPARE(way.take(1), upTo(1));
         const CodecCalls::Opening opening = calls.lastOpening();
         QVERIFY(opening.hardware);
@@ -1411,9 +1417,7 @@ void tst_ZRPlayerDecoder::hardwareWithoutAFormat()
     LogCatcher log;
     HardwareCalls calls;
     Way way("video");
-    way.decoder.setHardwareType(AV_HWDEVICE_TYPE_DXVA2);
-    way.add(0);
-    way.decoder.start();
+    startWithHardware(way);
     QCOMPARE(way.take(1), upTo(1));
     const CodecCalls::Opening opening = calls.lastOpening();
     QVERIFY(opening.hardware);
@@ -1431,9 +1435,7 @@ void tst_ZRPlayerDecoder::hardwareOfACodecThatCannotBeOpened()
     HardwareCalls calls;
     calls.answer("video open2", {AVERROR(EINVAL)});
     Way way("video");
-    way.decoder.setHardwareType(AV_HWDEVICE_TYPE_DXVA2);
-    way.add(0);
-    way.decoder.start();
+    startWithHardware(way);
     QTRY_VERIFY_WITH_TIMEOUT(!way.decoder.isRunning(), patience);
     QVERIFY(calls.lastOpening().opaque);
     QCOMPARE(log.beginning("avcodec_open2(video").size(), 1);
@@ -1447,9 +1449,7 @@ void tst_ZRPlayerDecoder::hardwareOfADrainedCodec()
     HardwareCalls calls;
     {
         Way way("video");
-        way.decoder.setHardwareType(AV_HWDEVICE_TYPE_DXVA2);
-        way.add(0);
-        way.decoder.start();
+        startWithHardware(way);
         QCOMPARE(way.take(1), upTo(1));
         calls.answer("video send", {AVERROR_EOF});
         way.add(1);

@@ -113,7 +113,7 @@ double loudness(SinkRecorder &recorder)
         : -1.0;
 }
 
-// Once is enough: sound has gaps where the machine is busy.
+// Once is enough: sound isn't without gaps on every system.
 bool isHeard(SinkRecorder &recorder)
 {
     return QTest::qWaitFor(
